@@ -1,0 +1,34 @@
+#pragma once
+
+#include <type_traits>
+
+#include <ToviFoundationKit/Runtime/Class.h>
+
+namespace tovi {
+
+namespace detail {
+[[noreturn]] TOVI_EXPORT void raiseWrongClass(const NSObject* object, const Class& expected);
+}
+
+/// The object as a T when it is one (by its run-time class), else null: `if (const auto* text = as<NSString>(object))`.
+template <class T> T* as(NSObject* object) noexcept {
+    return object && object->isKindOfClass(T::classObject()) ? static_cast<T*>(object) : nullptr;
+}
+template <class T> const T* as(const NSObject* object) noexcept {
+    return object && object->isKindOfClass(T::classObject()) ? static_cast<const T*>(object) : nullptr;
+}
+
+/// The object as a T; raises NSInvalidArgumentException when it is nil or of another class.
+template <class T> Ref<T> to(NSObject* object) {
+    if (T* const found = as<T>(object))
+        return *found;
+    detail::raiseWrongClass(object, T::classObject());
+}
+template <class T> Ref<T> to(const id& object) {
+    return to<T>(object.get());
+}
+template <class T> Ref<T> to(const Ref<NSObject>& object) {
+    return to<T>(object.get());
+}
+
+}  // namespace tovi

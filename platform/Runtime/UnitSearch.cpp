@@ -1,0 +1,214 @@
+#include <ToviFoundationKit/Runtime/UnitSearch_p.h>
+
+#include <array>
+#include <bit>
+#include <cstdint>
+#include <cstring>
+#include <vector>
+
+namespace tovi::detail {
+
+namespace {
+
+constexpr auto npos = std::u16string_view::npos;
+
+// Sixteen units at a time.
+
+typedef std::uint16_t Units __attribute__((vector_size(16)));
+typedef std::uint64_t Words __attribute__((vector_size(16)));
+
+Units repeated(std::uint16_t u) noexcept { return Units{u, u, u, u, u, u, u, u}; }
+
+template <std::size_t n> class Matcher {
+public:
+    explicit Matcher(const UnitSet& set) noexcept {
+        for (std::size_t i = 0; i < n; ++i)
+            wanted_[i] = repeated(set.at(i));
+    }
+    /// All bits of each unit that is wanted.
+    Units matches(const char16_t* at) const noexcept {
+        Units units;
+        std::memcpy(&units, at, sizeof units);
+        Units result = reinterpret_cast<Units>(units == wanted_[0]);
+        for (std::size_t i = 1; i < n; ++i)
+            result |= reinterpret_cast<Units>(units == wanted_[i]);
+        return result;
+    }
+
+private:
+    Units wanted_[n];
+};
+template <> class Matcher<0> {
+public:
+    explicit Matcher(const UnitSet&) noexcept {}
+    Units matches(const char16_t*) const noexcept { return repeated(0xFFFF); }
+};
+
+bool any(Units matches) noexcept {
+    const Words words = reinterpret_cast<Words>(matches);
+    return words[0] | words[1];
+}
+
+/// How many units lie in memory before the first that has a bit set.
+std::size_t unitsBefore(std::uint64_t word) noexcept {
+    constexpr bool little = std::endian::native == std::endian::little;
+    return static_cast<std::size_t>(little ? std::countr_zero(word) : std::countl_zero(word)) / 16;
+}
+
+std::size_t indexOfFirst(Units matches) noexcept {
+    const Words words = reinterpret_cast<Words>(matches);
+    return words[0] ? unitsBefore(words[0]) : 4 + unitsBefore(words[1]);
+}
+
+template <std::size_t n, std::size_t m> std::size_t findInBulk(std::u16string_view text, std::size_t from,
+                                                               const UnitSet& units, const UnitSet& others,
+                                                               std::size_t distance) noexcept {
+    const Matcher<n> first(units);
+    const Matcher<m> second(others);
+    const std::size_t reach = 16 + (m ? distance : 0);
+    for (; text.size() - from >= reach; from += 16) {
+        const char16_t* const at = text.data() + from;
+        const Units low = first.matches(at) & second.matches(at + distance);
+        const Units high = first.matches(at + 8) & second.matches(at + 8 + distance);
+        if (any(low | high)) [[unlikely]]
+            return from + (any(low) ? indexOfFirst(low) : 8 + indexOfFirst(high));
+    }
+    const std::size_t last = m ? distance : 0;
+    for (; from + last < text.size(); ++from)
+        if (units.contains(text[from]) && (!m || others.contains(text[from + distance])))
+            return from;
+    return npos;
+}
+
+template <std::size_t n> std::size_t findWithOthers(std::u16string_view text, std::size_t from, const UnitSet& units,
+                                                    const UnitSet& others, std::size_t distance) noexcept {
+    switch (std::bit_ceil(others.size())) {
+        case 1:
+            return others.size() ? findInBulk<n, 1>(text, from, units, others, distance)
+                                 : findInBulk<n, 0>(text, from, units, others, 0);
+        case 2:
+            return findInBulk<n, 2>(text, from, units, others, distance);
+        case 4:
+            return findInBulk<n, 4>(text, from, units, others, distance);
+        default:
+            return findInBulk<n, 8>(text, from, units, others, distance);
+    }
+}
+
+/// How many units are equal from the start of both; they have the same length.
+std::size_t equalLength(const char16_t* a, const char16_t* b, std::size_t length) noexcept {
+    std::size_t i = 0;
+    for (; length - i >= 4; i += 4) {
+        std::uint64_t x, y;
+        std::memcpy(&x, a + i, sizeof x);
+        std::memcpy(&y, b + i, sizeof y);
+        if (x != y)
+            return i + unitsBefore(x ^ y);
+    }
+    while (i < length && a[i] == b[i])
+        ++i;
+    return i;
+}
+
+/// The search that never looks at a unit of the text twice (Knuth, Morris and Pratt). Reads both through iterators, so
+/// that it searches backwards too; answers how many units lie before the match.
+template <class Iterator>
+std::size_t findWithoutRetreat(Iterator text, std::size_t length, Iterator searched, std::size_t count) {
+    std::vector<std::size_t> retry(count + 1);
+    for (std::size_t i = 1, matched = 0; i < count; ++i) {
+        while (matched && searched[std::ptrdiff_t(i)] != searched[std::ptrdiff_t(matched)])
+            matched = retry[matched];
+        matched += searched[std::ptrdiff_t(i)] == searched[std::ptrdiff_t(matched)];
+        retry[i + 1] = matched;
+    }
+    for (std::size_t i = 0, matched = 0; i < length; ++i) {
+        while (matched && text[std::ptrdiff_t(i)] != searched[std::ptrdiff_t(matched)])
+            matched = retry[matched];
+        matched += text[std::ptrdiff_t(i)] == searched[std::ptrdiff_t(matched)];
+        if (matched == count)
+            return i + 1 - count;
+    }
+    return npos;
+}
+
+/// Comparisons that fail late are paid for by the units passed; when they cost more, the text is a hard one.
+constexpr std::size_t slack = 256;
+
+}  // namespace
+
+std::size_t findUnits(std::u16string_view text, std::size_t from, const UnitSet& units, const UnitSet& others,
+                      std::size_t distance) noexcept {
+    if (from >= text.size() || !units.size())
+        return npos;
+    if (others.size() && text.size() - from <= distance)
+        return npos;
+    switch (std::bit_ceil(units.size())) {
+        case 1:
+            return findWithOthers<1>(text, from, units, others, distance);
+        case 2:
+            return findWithOthers<2>(text, from, units, others, distance);
+        case 4:
+            return findWithOthers<4>(text, from, units, others, distance);
+        default:
+            return findWithOthers<8>(text, from, units, others, distance);
+    }
+}
+
+bool allBelow(std::u16string_view text, char16_t limit) noexcept {
+    const Units limits = repeated(limit);
+    std::size_t i = 0;
+    for (; text.size() - i >= 8; i += 8) {
+        Units units;
+        std::memcpy(&units, text.data() + i, sizeof units);
+        if (any(reinterpret_cast<Units>(units >= limits)))
+            return false;
+    }
+    return std::all_of(text.begin() + std::ptrdiff_t(i), text.end(), [limit](char16_t unit) { return unit < limit; });
+}
+
+std::size_t findLiterally(std::u16string_view text, std::u16string_view searched) {
+    const std::size_t count = searched.size();
+    if (count > text.size())
+        return npos;
+    if (count == 1)
+        return findUnits(text, 0, UnitSet(searched[0]));
+    const UnitSet first(searched.front()), last(searched.back());
+    std::size_t spent = 0;
+    for (std::size_t i = 0;; ++i) {
+        i = findUnits(text, i, first, last, count - 1);
+        if (i == npos)
+            return npos;
+        const std::size_t equal = equalLength(text.data() + i, searched.data(), count);
+        if (equal == count)
+            return i;
+        spent += equal;
+        if (spent > 4 * i + slack) {
+            const std::size_t found =
+                findWithoutRetreat(text.begin() + std::ptrdiff_t(i), text.size() - i, searched.begin(), count);
+            return found == npos ? npos : i + found;
+        }
+    }
+}
+
+std::size_t findLastLiterally(std::u16string_view text, std::u16string_view searched) {
+    const std::size_t count = searched.size();
+    if (count > text.size())
+        return npos;
+    std::size_t spent = 0;
+    for (std::size_t i = text.size() - count;; --i) {
+        if (text[i] == searched.front()) {
+            const std::size_t equal = equalLength(text.data() + i, searched.data(), count);
+            if (equal == count)
+                return i;
+            spent += equal;
+        }
+        if (i == 0)
+            return npos;
+        if (spent > 4 * (text.size() - count - i) + slack)
+            break;
+    }
+    const std::size_t found = findWithoutRetreat(text.rbegin(), text.size(), searched.rbegin(), count);
+    return found == npos ? npos : text.size() - found - count;
+}
+
+}  // namespace tovi::detail
