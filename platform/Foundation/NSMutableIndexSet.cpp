@@ -1,0 +1,114 @@
+#include <ToviFoundationKit/Foundation/NSMutableIndexSet.h>
+
+#include <ToviFoundationKit/Runtime/Additions.h>
+
+namespace tovi {
+
+TOVI_DEFINE_CLASS(NSMutableIndexSet, NSIndexSet)
+
+Ref<NSMutableIndexSet> NSMutableIndexSet::indexSet() { return adopt(*new NSMutableIndexSet); }
+
+Ref<NSMutableIndexSet> NSMutableIndexSet::indexSetWithIndex(NSUInteger index) {
+    Ref<NSMutableIndexSet> result = indexSet();
+    result->addIndex(index);
+    return result;
+}
+
+Ref<NSMutableIndexSet> NSMutableIndexSet::indexSetWithIndexesInRange(NSRange range) {
+    Ref<NSMutableIndexSet> result = indexSet();
+    result->addIndexesInRange(range);
+    return result;
+}
+
+Ref<NSMutableIndexSet> NSMutableIndexSet::indexSetWithIndexSet(const NSIndexSet& other) {
+    return adopt(*new NSMutableIndexSet(other.runs_));
+}
+
+Ref<NSMutableIndexSet> NSMutableIndexSet::of(std::initializer_list<NSUInteger> indexes) {
+    Ref<NSMutableIndexSet> result = indexSet();
+    for (const NSUInteger index : indexes)
+        result->addIndex(index);
+    return result;
+}
+
+void NSMutableIndexSet::addIndex(NSUInteger index) {
+    checkRange("-[NSMutableIndexSet addIndex:]", {index, 1});
+    ++mutations_;
+    runs_.add({index, 1});
+}
+
+void NSMutableIndexSet::addIndexesInRange(NSRange range) {
+    checkRange("-[NSMutableIndexSet addIndexesInRange:]", range);
+    ++mutations_;
+    runs_.add(range);
+}
+
+void NSMutableIndexSet::removeIndex(NSUInteger index) {
+    checkRange("-[NSMutableIndexSet removeIndex:]", {index, 1});
+    ++mutations_;
+    runs_.remove({index, 1});
+}
+
+void NSMutableIndexSet::removeIndexesInRange(NSRange range) {
+    checkRange("-[NSMutableIndexSet removeIndexesInRange:]", range);
+    ++mutations_;
+    runs_.remove(range);
+}
+
+namespace {
+
+// A few runs are quicker changed one by one; combining goes over all of them.
+bool hasFewRunsBeside(const detail::IndexRuns& runs, const detail::IndexRuns& others) {
+    return runs.runCount() < others.runCount() / 16;
+}
+
+}  // namespace
+
+void NSMutableIndexSet::addIndexes(const NSIndexSet& other) {
+    ++mutations_;
+    if (hasFewRunsBeside(other.runs_, runs_))
+        for (const NSRange run : other.ranges())
+            runs_.add(run);
+    else
+        runs_ = detail::IndexRuns::united(runs_, other.runs_);
+}
+
+void NSMutableIndexSet::removeIndexes(const NSIndexSet& other) {
+    ++mutations_;
+    if (hasFewRunsBeside(other.runs_, runs_))
+        for (const NSRange run : other.ranges())
+            runs_.remove(run);
+    else
+        runs_ = detail::IndexRuns::subtracted(runs_, other.runs_);
+}
+
+void NSMutableIndexSet::removeAllIndexes() {
+    ++mutations_;
+    runs_ = detail::IndexRuns();
+}
+
+void NSMutableIndexSet::intersectIndexes(const NSIndexSet& other) {
+    ++mutations_;
+    runs_ = detail::IndexRuns::intersected(runs_, other.runs_);
+}
+
+Ref<NSObject> NSMutableIndexSet::copy() const { return adopt(*new NSIndexSet(runs_)); }
+
+namespace {
+
+const Additions<NSMutableIndexSet> additions{
+    classLevel<&NSMutableIndexSet::indexSet>("indexSet"),
+    classLevel<&NSMutableIndexSet::indexSetWithIndex>("indexSetWithIndex:"),
+    classLevel<&NSMutableIndexSet::indexSetWithIndexesInRange>("indexSetWithIndexesInRange:"),
+    instance<&NSMutableIndexSet::addIndex>("addIndex:"),
+    instance<&NSMutableIndexSet::addIndexesInRange>("addIndexesInRange:"),
+    instance<&NSMutableIndexSet::addIndexes>("addIndexes:"),
+    instance<&NSMutableIndexSet::removeIndex>("removeIndex:"),
+    instance<&NSMutableIndexSet::removeIndexesInRange>("removeIndexesInRange:"),
+    instance<&NSMutableIndexSet::removeIndexes>("removeIndexes:"),
+    instance<&NSMutableIndexSet::removeAllIndexes>("removeAllIndexes"),
+};
+
+}  // namespace
+
+}  // namespace tovi
