@@ -1,0 +1,44 @@
+#pragma once
+
+/// The one include of a host. See the headers below for what there is; each is a manual page.
+
+#include <ToviFoundationKit/ToviFoundationKitInitialize.h>
+
+#include <ToviFoundationKit/Runtime/Additions.h>
+#include <ToviFoundationKit/Runtime/Cast.h>
+#include <ToviFoundationKit/Runtime/FilesystemPath.h>
+#include <ToviFoundationKit/Runtime/Message.h>
+#include <ToviFoundationKit/Runtime/NSAssertionHandler.h>
+#include <ToviFoundationKit/Foundation/NSError.h>
+#include <ToviFoundationKit/Runtime/NSException.h>
+#include <ToviFoundationKit/Runtime/NSInvocation.h>
+#include <ToviFoundationKit/Runtime/NSLog.h>
+#include <ToviFoundationKit/Runtime/NSNumber.h>
+#include <ToviFoundationKit/Runtime/NSObject.h>
+#include <ToviFoundationKit/Runtime/NSString.h>
+#include <ToviFoundationKit/Runtime/NSValue.h>
+#include <ToviFoundationKit/Runtime/StringBuilder.h>
+
+#include <ToviFoundationKit/Foundation/Clock.h>
+#include <ToviFoundationKit/Foundation/NSBundle.h>
+#include <ToviFoundationKit/Foundation/NSData.h>
+#include <ToviFoundationKit/Foundation/NSDate.h>
+#include <ToviFoundationKit/Foundation/NSEnumerator.h>
+#include <ToviFoundationKit/Foundation/NSLock.h>
+#include <ToviFoundationKit/Foundation/NSMutableArray.h>
+#include <ToviFoundationKit/Foundation/NSMutableDictionary.h>
+#include <ToviFoundationKit/Foundation/NSMutableIndexSet.h>
+#include <ToviFoundationKit/Foundation/NSMutableSet.h>
+#include <ToviFoundationKit/Foundation/NSNull.h>
+#include <ToviFoundationKit/Foundation/NSThread.h>
+#include <ToviFoundationKit/Foundation/PreferredLanguages.h>
+
+#include <ToviFoundationKit/AppKit/NSAppKitVersion.h>
+
+#include <ToviFoundationKit/Extensions/NSArray-QVLAdditions.h>
+#include <ToviFoundationKit/Extensions/NSDictionary-QVLAdditions.h>
+#include <ToviFoundationKit/Extensions/NSMutableArray-QVLAdditions.h>
+#include <ToviFoundationKit/Extensions/NSMutableDictionary-ThreadSafety.h>
+#include <ToviFoundationKit/Extensions/NSObject-Singleton.h>
+#include <ToviFoundationKit/Extensions/NSSet-QVLAdditions.h>
+#include <ToviFoundationKit/Extensions/NSThread-QVLAdditions.h>
