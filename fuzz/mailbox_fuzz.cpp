@@ -1,0 +1,63 @@
+// Reads any bytes as a mailbox: whole and in small blocks, which must come to the same, and prints the digest of it.
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <sstream>
+
+#include <Report.h>
+
+using namespace digest;
+using namespace tovi::literals;
+
+namespace {
+
+void require(bool condition) {
+    if (!condition)
+        std::abort();
+}
+
+/// All that the reader tells about a mailbox, as one text.
+std::string reading(std::string_view text, std::size_t blockSize, MboxLimits limits) {
+    std::ostringstream told;
+    MemorySource source(text, blockSize);
+    MboxReader reader(source, MboxQuoting::mboxrd, limits);
+    try {
+        std::uint64_t end = 0;
+        for (RawMessage message; reader.next(message);) {
+            require(end == 0 || message.offset == end);  // nothing is lost between two messages
+            end = message.offset + message.bytes;
+            require(message.bodyOffset > message.offset && message.bodyOffset <= end);
+            told << message.line << ' ' << message.envelope << ' ' << message.bodyLines << '\n' << message.body;
+            for (std::size_t i = 0; i < message.fieldCount(); ++i)
+                told << message.fieldName(i) << ':' << message.fieldValue(i) << '\n';
+            for (const MailNote& note : message.notes)
+                told << note.line << ' ' << note.offset << ' ' << note.text << '\n';
+        }
+        require(end == text.size());
+    } catch (const MailboxError& error) {
+        told << error.what();
+    }
+    for (const MailNote& problem : reader.problems())
+        told << problem.line << ' ' << problem.offset << ' ' << problem.text << '\n';
+    return told.str();
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const std::string_view text(reinterpret_cast<const char*>(data), size);
+    constexpr MboxLimits small{.line = 64, .header = 256, .body = 32, .preamble = 128};
+    require(reading(text, SIZE_MAX, small) == reading(text, 1 + size % 7, small));
+
+    MemorySource source(text);
+    try {
+        const auto name = u"fuzzed"_ns;
+        const auto mailbox = Mailbox::read(name, source, MboxQuoting::mboxo, [](std::uint64_t) {});
+        std::ostringstream out;
+        Page page(out, 40 + static_cast<int>(size % 100), true);
+        printReport(Digest(Options(), tovi::NSArray::of(*mailbox, *mailbox)), page);
+    } catch (const MailboxError&) {
+    }
+    return 0;
+}

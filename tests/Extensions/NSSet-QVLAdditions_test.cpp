@@ -1,0 +1,30 @@
+#include <gtest/gtest.h>
+
+#include <ToviFoundationKit/ToviFoundationKit.h>
+
+using namespace tovi;
+
+namespace {
+template <class... A> Ref<NSSet> set(const A&... values) { return NSSet::setWithArray(NSArray::of(values...)); }
+}  // namespace
+
+TEST(NSSetAdditions, AlgebraAnswersNewSets) {
+    const auto receiver = set(1, 2);
+    EXPECT_EQ(setByUnioningSet(receiver, set(2, 3)), set(1, 2, 3));
+    EXPECT_EQ(setByMinusingSet(receiver, set(2, 3)), set(1));
+    EXPECT_EQ(setByIntersectingSet(receiver, set(2, 3)), set(2));
+    EXPECT_EQ(setByComplementingIntersectionWithSet(receiver, set(2, 3)), set(1, 3));
+    EXPECT_EQ(setByComplementingIntersectionWithSet(receiver, receiver), set());
+    EXPECT_EQ(setByAddingObject(receiver, *NSNumber::numberWithInt(9)), set(1, 2, 9));
+    EXPECT_EQ(setByAddingObjectsFromArray(receiver, NSArray::of(3, 3, 1)), set(1, 2, 3));
+    EXPECT_EQ(setByRemovingObject(receiver, *NSNumber::numberWithDouble(2)), set(1));
+    EXPECT_EQ(setByMinusingSet(receiver, receiver), set());
+    EXPECT_EQ(receiver, set(1, 2));
+}
+
+TEST(NSSetAdditions, EveryOperationIsReachedThroughItsSelector) {
+    for (const char* name : {"setByUnioningSet:", "setByMinusingSet:", "setByIntersectingSet:",
+                             "setByComplementingIntersectionWithSet:", "setByAddingObject:",
+                             "setByAddingObjectsFromArray:", "setByRemovingObject:"})
+        EXPECT_TRUE(NSSet::classObject().instancesRespondToSelector(Selector::named(name))) << name;
+}

@@ -1,0 +1,3 @@
+#include <standalone/Initialization.h>
+
+INITIALIZATION_TESTS(InitializationAtVersion824Point9, 824.9, true)

@@ -1,0 +1,3 @@
+#include <standalone/Initialization.h>
+
+INITIALIZATION_TESTS(InitializationAtVersion825, 825.0, false)
