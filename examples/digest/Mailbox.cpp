@@ -1,0 +1,73 @@
+#include <Mailbox.h>
+
+#include <mail/HeaderText.h>
+#include <mail/MailAddress.h>
+#include <SortedList.h>
+
+using namespace tovi;
+
+namespace digest {
+
+/// Collects what a mailbox consists of while its file is read.
+class Mailbox::Reader {
+public:
+    Reader(ByteSource& source, MboxQuoting quoting) : mbox_(source, quoting) {}
+
+    void read(const Progress& progress) {
+        RawMessage raw;
+        for (NSUInteger number = 1; mbox_.next(raw); ++number) {
+            noteRepetition(raw, number);
+            messages.add(Message::fromRaw(raw, personOf(raw), number));
+            progress(mbox_.position());
+        }
+    }
+
+    const MboxReader& mbox() const { return mbox_; }
+
+    SortedList messages{"compareByDate:"_sel};
+    const Ref<NSMutableSet> people = NSMutableSet::set();
+
+private:
+    // The person that the From field names: the object that stands for this person already, if there is one.
+    Ref<Person> personOf(const RawMessage& raw) {
+        const MailAddress sender = parseMailAddress(raw.field("From").value_or(""));
+        const auto name = NSString::fromUTF8(sender.name);
+        const auto person = Person::withName_address(name, NSString::fromUTF8(sender.address));
+        if (const auto known = people->member(person)) {
+            to<Person>(known)->learnName(name);
+            return to<Person>(known);
+        }
+        people->addObject(person);
+        return person;
+    }
+
+    void noteRepetition(RawMessage& raw, NSUInteger number) {
+        const auto field = raw.field("Message-ID");
+        if (!field)
+            return;
+        const auto messageID = NSString::fromUTF8(collapsedText(*field));
+        if (const auto first = numbersByID_->objectForKey(messageID))
+            raw.notes.push_back(
+                {raw.line, raw.offset, "the message id of message " + first->description()->UTF8String() + " again"});
+        else
+            numbersByID_->setObject_forKey(NSNumber::numberWithUnsignedInteger(number), messageID);
+    }
+
+    MboxReader mbox_;
+    const Ref<NSMutableDictionary> numbersByID_ = NSMutableDictionary::dictionary();
+};
+
+Mailbox::Mailbox(const NSString& name, Reader& reader)
+    : name_(share(name)),
+      messages_(reader.messages.objects()),
+      people_(reader.people),
+      size_(reader.mbox().position()),
+      problems_(reader.mbox().problems()) {}
+
+Ref<Mailbox> Mailbox::read(const NSString& name, ByteSource& source, MboxQuoting quoting, const Progress& progress) {
+    Reader reader(source, quoting);
+    reader.read(progress);
+    return adopt(*new Mailbox(name, reader));
+}
+
+}  // namespace digest

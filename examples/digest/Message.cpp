@@ -1,0 +1,137 @@
+#include <Message.h>
+
+#include <algorithm>
+#include <array>
+
+#include <mail/HeaderText.h>
+#include <mail/MailAddress.h>
+#include <mail/MailDate.h>
+#include <mail/PlainText.h>
+
+using namespace tovi;
+
+namespace digest {
+
+namespace {
+
+Ref<NSString> noteText(const MailNote& note) {
+    return NSString::stringWithFormat(u"line %lu: %@", note.line, NSString::fromUTF8(note.text));
+}
+
+Ref<NSMutableArray> noteTexts(const RawMessage& raw) {
+    const auto texts = NSMutableArray::array();
+    for (const MailNote& note : raw.notes)
+        texts->addObject(noteText(note));
+    return texts;
+}
+
+// The separating line has a date, too, behind the sender, who may be of several words.
+std::optional<MailDate> envelopeDate(std::string_view envelope) {
+    for (int words = 0; words < 4; ++words) {
+        if (const auto date = parseMailDate(envelope))
+            return date;
+        const std::size_t space = envelope.find(' ');
+        if (space == envelope.npos)
+            break;
+        envelope.remove_prefix(space + 1);
+    }
+    return std::nullopt;
+}
+
+RefPtr<NSDate> dateOf(const RawMessage& raw, NSMutableArray& notes) {
+    const auto field = raw.field("Date");
+    auto date = parseMailDate(field.value_or(""));
+    if (!date) {
+        date = envelopeDate(raw.envelope);
+        const std::string reason = field ? "\"" + collapsedText(field->substr(0, 80)) + "\" is no date" : "no date";
+        notes.addObject(noteText({raw.line, raw.offset, reason + (date ? "; took the separating line's" : "")}));
+    }
+    if (!date)
+        return nullptr;
+    return NSDate::dateWithTimeIntervalSince1970(static_cast<NSTimeInterval>(date->secondsSince1970));
+}
+
+Ref<NSString> subjectOf(const RawMessage& raw) {
+    return NSString::fromUTF8(raw.field("Subject").value_or(""))->stringByTrimmingWhitespace();
+}
+
+bool isReplyMark(std::u16string_view word) {
+    static constexpr std::array<std::u16string_view, 9> marks{u"re",   u"fwd", u"fw", u"aw", u"wg",
+                                                              u"antw", u"sv",  u"vs", u"odp"};
+    const auto lowered = [](char16_t c) { return c >= u'A' && c <= u'Z' ? static_cast<char16_t>(c + 32) : c; };
+    return std::ranges::any_of(marks,
+                               [&](std::u16string_view mark) { return std::ranges::equal(word, mark, {}, lowered); });
+}
+
+// "Re: Re: RE[2]: topic"
+Ref<NSString> topicOf(const NSString& subject) {
+    std::u16string_view text = subject;
+    for (;;) {
+        const std::size_t colon = text.substr(0, 8).find(u':');
+        if (colon == text.npos || !isReplyMark(text.substr(0, text.find_first_of(u":[( "))))
+            return text.size() == subject.length() ? share(subject) : NSString::stringWithCharacters(text);
+        text.remove_prefix(std::min(text.find_first_not_of(u" \t", colon + 1), text.size()));
+    }
+}
+
+RefPtr<NSString> messageIDOf(const RawMessage& raw) {
+    const auto ids = parseMessageIDs(raw.field("Message-ID").value_or(""));
+    return ids.empty() ? RefPtr<NSString>() : NSString::fromUTF8(ids.front());
+}
+
+// In-Reply-To is for messages that have no References, as those of old programs.
+Ref<NSArray> referencesOf(const RawMessage& raw) {
+    auto ids = parseMessageIDs(raw.field("References").value_or(""));
+    if (ids.empty())
+        ids = parseMessageIDs(raw.field("In-Reply-To").value_or(""));
+    return NSArray::from(ids);
+}
+
+}  // namespace
+
+Message::Message(const RawMessage& raw, Person& sender, NSUInteger number)
+    : number_(number),
+      sender_(sender),
+      subject_(subjectOf(raw)),
+      topic_(topicOf(subject_)),
+      notes_(noteTexts(raw)),
+      date_(dateOf(raw, notes_)),
+      messageID_(messageIDOf(raw)),
+      references_(referencesOf(raw)),
+      opening_(NSString::fromUTF8(openingOf(raw))) {}
+
+Ref<Message> Message::fromRaw(const RawMessage& raw, Person& sender, NSUInteger number) {
+    return adopt(*new Message(raw, sender, number));
+}
+
+NSComparisonResult Message::compareByDate(const Message& other) const {
+    if (date_ && other.date_) {
+        if (const NSComparisonResult order = date_->compare(*other.date_))
+            return order;
+    } else if (date_ || other.date_) {
+        return date_ ? NSOrderedDescending : NSOrderedAscending;
+    }
+    return number_ == other.number_  ? NSOrderedSame
+           : number_ < other.number_ ? NSOrderedAscending
+                                     : NSOrderedDescending;
+}
+
+Ref<NSString> Message::description() const { return NSString::stringWithFormat(u"%@: %@", sender_->name(), subject_); }
+
+namespace {
+
+const Additions<Message> additions{
+    instance<&Message::number>("number"),
+    instance<&Message::sender>("sender"),
+    instance<&Message::subject>("subject"),
+    instance<&Message::topic>("topic"),
+    instance<&Message::date>("date"),
+    instance<&Message::messageID>("messageID"),
+    instance<&Message::references>("references"),
+    instance<&Message::opening>("opening"),
+    instance<&Message::notes>("notes"),
+    instance<&Message::compareByDate>("compareByDate:"),
+};
+
+}  // namespace
+}  // namespace digest

@@ -1,0 +1,16 @@
+#include <Report.h>
+
+#include <sections/Sections.h>
+
+namespace digest {
+
+void printReport(const Digest& digest, Page& page) {
+    static constexpr Section* sections[] = {
+        printOverview,     printLatestMessages,   printSenders,      printTopics,
+        printCommonPeople, printSubjectsByPrefix, printRandomSample, printNotes,
+    };
+    for (Section* const section : sections)
+        section(digest, page);
+}
+
+}  // namespace digest
