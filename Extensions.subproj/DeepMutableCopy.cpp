@@ -26,8 +26,9 @@ public:
         return copy;
     }
 
+    // Starts out with the same keys and values; those that have copies are replaced later.
     Ref<NSMutableDictionary> start(const NSDictionary& dictionary) {
-        Ref<NSMutableDictionary> copy = NSMutableDictionary::dictionaryWithCapacity(dictionary.count());
+        Ref<NSMutableDictionary> copy = NSMutableDictionary::dictionaryWithDictionary(dictionary);
         dictionaries_.emplace_back(share(dictionary), copy);
         return copy;
     }
@@ -54,8 +55,12 @@ private:
     void fillDictionary() {
         const auto [source, copy] = std::move(dictionaries_.back());
         dictionaries_.pop_back();
-        for (const auto& [key, value] : *source)
-            copy->setObject_forKey(copyOf(value), key);
+        for (const auto& [key, value] : *source) {
+            const Ref<NSObject> held(key);
+            const Ref<NSObject> copied = copyOf(value);
+            if (!identical(copied.get(), &value))
+                copy->setObject_forKey(copied, held);
+        }
     }
 
     Ref<NSObject> copyOf(NSObject& element) {

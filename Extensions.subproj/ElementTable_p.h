@@ -26,12 +26,11 @@ template <class Match> class ElementTable {
 public:
     static constexpr std::uint32_t none = std::numeric_limits<std::uint32_t>::max();
 
-    explicit ElementTable(const NSArray& list) : list_(list) {
-        const NSUInteger count = list.count();
-        if (count >= none)
-            NSException::raise(NSRangeException, u"a list of %lu elements is too long to be searched", count);
-        slots_.resize(std::bit_ceil(count * 2 + 1));
-        for (NSUInteger i = 0; i < count; ++i)
+    explicit ElementTable(const NSArray& list) : list_(list), count_(list.count()) {
+        if (count_ >= none)
+            NSException::raise(NSRangeException, u"a list of %lu elements is too long to be searched", count_);
+        slots_.resize(std::bit_ceil(count_ * 2 + 1));
+        for (NSUInteger i = 0; i < count_; ++i)
             add(static_cast<std::uint32_t>(i));
     }
 
@@ -48,6 +47,7 @@ private:
         std::uint32_t last = none;
     };
 
+    // Hashing and comparing run the elements' own code: should it change the list after all, reading past the end raises.
     static std::uint32_t hash32(const NSObject& object) {
         return static_cast<std::uint32_t>((Match::hash(object) * 0x9E3779B97F4A7C15U) >> 32);
     }
@@ -68,12 +68,13 @@ private:
             return;
         }
         if (next_.empty())
-            next_.assign(list_.count(), none);
+            next_.assign(count_, none);
         next_[slot.last] = index;
         slot.last = index;
     }
 
     const NSArray& list_;
+    const NSUInteger count_;
     std::vector<Slot> slots_;
     std::vector<std::uint32_t> next_;  ///< empty as long as no two elements match
 };

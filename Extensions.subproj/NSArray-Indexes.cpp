@@ -11,9 +11,11 @@ inline namespace QVLAdditions {
 Ref<NSMutableArray> differenceWithArray(const NSArray& receiver, const NSArray& other) {
     const ElementTable<ByEquality> present(receiver);
     Ref<NSMutableArray> result = NSMutableArray::array();
-    for (NSObject& object : other)
+    for (NSObject& object : other) {
+        const Ref<NSObject> held(object);
         if (!present.contains(object))
-            result->addObject(object);
+            result->addObject(*held);
+    }
     return result;
 }
 

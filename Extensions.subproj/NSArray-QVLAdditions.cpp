@@ -31,9 +31,11 @@ namespace {
 
 template <class Keep> Ref<NSMutableArray> filtered(const NSArray& list, Keep keep) {
     Ref<NSMutableArray> result = NSMutableArray::array();
-    for (NSObject& element : list)
+    for (NSObject& element : list) {
+        const Ref<NSObject> held(element);  // what is asked below is its own code, which may remove it
         if (keep(element))
-            result->addObject(element);
+            result->addObject(*held);
+    }
     return result;
 }
 
@@ -44,7 +46,7 @@ template <class Keep> Ref<NSArray> immutableFiltered(const NSArray& list, Keep k
 }  // namespace
 
 Ref<NSArray> arrayByRemovingObject(const NSArray& receiver, const NSObject& object) {
-    return immutableFiltered(receiver, [&](NSObject& element) { return !object.isEqual(&element); });
+    return immutableFiltered(receiver, [&](NSObject& element) { return !identical(&object, &element) && !object.isEqual(&element); });
 }
 
 // The receiver must also contain an equal object for anything to be removed; the object itself is one.

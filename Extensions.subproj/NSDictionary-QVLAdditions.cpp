@@ -1,7 +1,6 @@
 #include <ToviFoundationKit/Extensions/NSDictionary-QVLAdditions.h>
 
 #include <ToviFoundationKit/Extensions/DeepMutableCopy_p.h>
-#include <ToviFoundationKit/Foundation/FastEnumeration.h>
 #include <ToviFoundationKit/Foundation/NSNull.h>
 #include <ToviFoundationKit/Runtime/Additions.h>
 #include <ToviFoundationKit/Runtime/Cast.h>
@@ -20,15 +19,28 @@ Ref<NSMutableArray> objectsForKeysIgnoringNotFound(const NSDictionary& receiver,
     return result;
 }
 
+namespace {
+
+const NSArray& listFrom(NSObject& value) {
+    if (const auto* list = as<NSArray>(&value))
+        return *list;
+    detail::raiseUnrecognizedSelector(value, "objectAtIndex:"_sel);
+}
+
+}  // namespace
+
 Ref<NSMutableDictionary> invertKeysAndObjects(const NSDictionary& receiver) {
     Ref<NSMutableDictionary> result = NSMutableDictionary::dictionary();
-    for (const auto& [key, list] : receiver)
-        for (NSObject& element : FastEnumeration(list)) {
-            if (NSObject* const keys = result->find(element))
-                static_cast<NSMutableArray&>(*keys).addObject(key);
+    for (const auto& [key, value] : receiver) {
+        const Ref<NSObject> heldKey(key);  // what is asked below is the elements' own code
+        for (NSObject& element : listFrom(value)) {
+            const Ref<NSObject> held(element);
+            if (NSObject* const keys = result->find(held))
+                static_cast<NSMutableArray&>(*keys).addObject(*heldKey);
             else
-                result->setObject_forKey(NSMutableArray::of(key), element);
+                result->setObject_forKey(NSMutableArray::of(heldKey), held);
         }
+    }
     return result;
 }
 

@@ -11,8 +11,8 @@ inline namespace QVLAdditions {
 TOVI_EXPORT Ref<NSMutableArray> objectsForKeysIgnoringNotFound(const NSDictionary& receiver, const NSArray& keys);
 
 /// Maps each element of the receiver's values, which must be lists, to a mutable list of the keys under which it occurs,
-/// in the receiver's key order. An element that occurs twice under a key gets that key twice. A value that cannot be
-/// enumerated raises NSInvalidArgumentException (unrecognized selector).
+/// in the receiver's key order. An element that occurs twice under a key gets that key twice. A value that is no
+/// list raises NSInvalidArgumentException (unrecognized selector).
 TOVI_EXPORT Ref<NSMutableDictionary> invertKeysAndObjects(const NSDictionary& receiver);
 
 /// The keys (the values) in ascending order of `compare:`; one that does not respond to it raises

@@ -80,27 +80,36 @@ void shuffle(NSMutableArray& receiver) {
 
 void reverse(NSMutableArray& receiver) { receiver.setArray(reversedArray(receiver)); }
 
+namespace {
+
+/// A list that is given itself: its first element is dealt with before the enumeration comes upon the change.
+template <class Change> void changeUnderEnumeration(NSMutableArray& list, Change change) {
+    const id first = list.firstObject();
+    if (!first)
+        return;
+    change(*first);
+    detail::raiseMutatedWhileEnumerated(list);
+}
+
+}  // namespace
+
 void removeIdenticalObjectsFromArray(NSMutableArray& receiver, const NSArray* list) {
     if (!list)
         return;
-    if (list == &receiver) {
-        for (NSObject& object : *list)
-            receiver.removeObjectIdenticalTo(Ref<NSObject>(object));
-        return;
-    }
+    if (list == &receiver)
+        return changeUnderEnumeration(receiver, [&](NSObject& object) { receiver.removeObjectIdenticalTo(object); });
     const ElementTable<ByIdentity> removed(*list);
     receiver.removeObjectsPassingTest([&](const NSObject& object) { return removed.contains(object); });
 }
 
 void insertObjectsFromArray_atIndex(NSMutableArray& receiver, const NSArray& list, NSUInteger index) {
-    if (&list == &receiver || index > receiver.count()) {
-        // One by one: both ways end in an exception as soon as there is something to insert.
-        for (NSObject& object : list)
-            receiver.insertObject_atIndex(object, index++);
+    if (list.count() == 0)
         return;
-    }
-    if (list.count() > 0)
-        receiver.replaceObjectsInRange_withObjectsFromArray({index, 0}, list);
+    if (&list == &receiver)
+        return changeUnderEnumeration(receiver, [&](NSObject& object) { receiver.insertObject_atIndex(object, index); });
+    if (index > receiver.count())
+        receiver.insertObject_atIndex(list[0], index);  // raises
+    receiver.replaceObjectsInRange_withObjectsFromArray({index, 0}, list);
 }
 
 namespace {

@@ -8,37 +8,36 @@ inline namespace ThreadSafety {
 
 namespace {
 
-/// Holds a lock object of any class while it lives. Both operations are looked up before the lock is taken.
-class Locked {
-public:
-    explicit Locked(NSObject& lock) : lock_(lock), unlock_(detail::methodFor(lock, "unlock"_sel)) {
-        send<void>(lock, "lock"_sel);
+/// Does the work under a lock object of any class, which is kept alive and given back also when the work raises. Both of
+/// its operations are looked up before it is taken.
+template <class Work> auto underLock(NSObject& lock, Work work) {
+    const Ref<NSObject> held(lock);
+    const Method& unlock = detail::methodFor(lock, "unlock"_sel);
+    send<void>(lock, "lock"_sel);
+    id result;
+    try {
+        result = work();
+    } catch (...) {
+        detail::sendResolved<void>(unlock, lock);
+        throw;
     }
-    ~Locked() { detail::sendResolved<void>(unlock_, lock_); }
-    Locked(const Locked&) = delete;
-    Locked& operator=(const Locked&) = delete;
-
-private:
-    NSObject& lock_;
-    const Method& unlock_;
-};
+    detail::sendResolved<void>(unlock, lock);
+    return result;
+}
 
 }  // namespace
 
 id threadSafeObjectForKey_usingLock(NSMutableDictionary& receiver, const NSObject& key, NSObject& lock) {
-    const Locked locked(lock);
-    return receiver.objectForKey(key);
+    return underLock(lock, [&] { return receiver.objectForKey(key); });
 }
 
 void threadSafeSetObject_forKey_usingLock(NSMutableDictionary& receiver, NSObject& object, NSObject& key,
                                           NSObject& lock) {
-    const Locked locked(lock);
-    receiver.setObject_forKey(object, key);
+    underLock(lock, [&] { return receiver.setObject_forKey(object, key), nullptr; });
 }
 
 void threadSafeRemoveObjectForKey_usingLock(NSMutableDictionary& receiver, const NSObject& key, NSObject& lock) {
-    const Locked locked(lock);
-    receiver.removeObjectForKey(key);
+    underLock(lock, [&] { return receiver.removeObjectForKey(key), nullptr; });
 }
 
 namespace {

@@ -8,8 +8,8 @@ namespace tovi {
 
 /// The two comparator forms as one callable: compare(element) orders the object searched for against the element.
 inline auto comparing(NSObject& object, Selector comparator) {
-    return [&object, &method = detail::methodFor(object, comparator)](NSObject& element) {
-        return detail::sendResolved<NSInteger>(method, object, element);
+    return [&object, site = MessageSite(comparator)](NSObject& element) mutable {
+        return site.send<NSInteger>(object, element);
     };
 }
 
@@ -24,7 +24,7 @@ struct HalvingResult {
 
 /// Halves the list from the start index on. Signed indexes, rounded toward zero: a negative start may ask the list for an
 /// element that it does not have.
-template <class Compare> HalvingResult halve(const NSArray& list, NSInteger start, const Compare& compare) {
+template <class Compare> HalvingResult halve(const NSArray& list, NSInteger start, Compare compare) {
     NSInteger low = start;
     NSInteger high = static_cast<NSInteger>(list.count()) - 1;
     while (low <= high) {

@@ -181,15 +181,19 @@ template <class Map> struct Occurrences {
 };
 
 /// Every index of every element of the collection, ascending.
-template <class Map> std::vector<std::uint32_t> abseilIndexes(const std::vector<SharedLong>& list,
-                                                              const std::vector<SharedLong>& collection) {
+template <class Map>
+std::vector<std::uint32_t> abseilIndexes(const std::vector<SharedLong>& list,
+                                         const std::vector<SharedLong>& collection) {
     const Occurrences<Map> occurring(list);
-    std::vector<std::uint32_t> indexes;
+    std::vector<bool> marked(list.size());
     for (const SharedLong& each : collection)
         if (const auto found = occurring.first.find(each.get()); found != occurring.first.end())
             for (std::uint32_t i = found->second; i != ~0U; i = occurring.next[i])
-                indexes.push_back(i);
-    std::ranges::sort(indexes);
+                marked[i] = true;
+    std::vector<std::uint32_t> indexes;
+    for (std::uint32_t i = 0; i < marked.size(); ++i)
+        if (marked[i])
+            indexes.push_back(i);
     return indexes;
 }
 

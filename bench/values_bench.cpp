@@ -85,9 +85,7 @@ BENCHMARK(standardString)->Name("string of 10 made and released/std::u16string")
 
 /// Builds a list of n different numbers and drops it.
 template <class Build> void buildList(State& state, Build build) {
-    for (auto _ : state)
-        DoNotOptimize(build(state.range(0)));
-    countItems(state, state.range(0));
+    repeat(state, state.range(0), [&] { return build(state.range(0)); });
 }
 
 Ref<NSMutableArray> numberList(long n) {

@@ -26,7 +26,8 @@ function(tovi_compile target)
         COMPILE_WARNING_AS_ERROR ${TOVI_WARNINGS_AS_ERRORS})
     target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wconversion)
     if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
-        target_compile_options(${target} PRIVATE -Wno-restrict)  # it finds fault with the insides of std::string
+        # They find fault with the insides of std::string.
+        target_compile_options(${target} PRIVATE -Wno-restrict -Wno-array-bounds -Wno-stringop-overflow)
     endif()
     if(TOVI_SANITIZE)
         target_compile_options(${target} PRIVATE

@@ -6,6 +6,8 @@ function(tovi_library)
     tovi_compile(ToviFoundationKit)
     target_compile_features(ToviFoundationKit PUBLIC cxx_std_20)
     target_link_libraries(ToviFoundationKit PRIVATE ${folders})
+    # Calls between the library's own functions go straight there.
+    target_link_options(ToviFoundationKit PRIVATE LINKER:-Bsymbolic-functions)
     target_include_directories(ToviFoundationKit INTERFACE
         $<BUILD_INTERFACE:${TOVI_STAGE}/all>
         $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)

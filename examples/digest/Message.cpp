@@ -63,15 +63,19 @@ bool isReplyMark(std::u16string_view word) {
                                [&](std::u16string_view mark) { return std::ranges::equal(word, mark, {}, lowered); });
 }
 
-// "Re: Re: RE[2]: topic"
+// The length of a "Re:", "RE[2]:" or "[list]" at the front; 0 where there is none.
+std::size_t markLength(std::u16string_view text) {
+    if (text.starts_with(u'['))
+        return text.substr(0, 40).find(u']') + 1;  // npos + 1 is 0
+    const std::size_t colon = text.substr(0, 8).find(u':');
+    return colon != text.npos && isReplyMark(text.substr(0, text.find_first_of(u":[( "))) ? colon + 1 : 0;
+}
+
 Ref<NSString> topicOf(const NSString& subject) {
     std::u16string_view text = subject;
-    for (;;) {
-        const std::size_t colon = text.substr(0, 8).find(u':');
-        if (colon == text.npos || !isReplyMark(text.substr(0, text.find_first_of(u":[( "))))
-            return text.size() == subject.length() ? share(subject) : NSString::stringWithCharacters(text);
-        text.remove_prefix(std::min(text.find_first_not_of(u" \t", colon + 1), text.size()));
-    }
+    while (const std::size_t length = markLength(text))
+        text.remove_prefix(std::min(text.find_first_not_of(u" \t", length), text.size()));
+    return text.size() == subject.length() ? share(subject) : NSString::stringWithCharacters(text);
 }
 
 RefPtr<NSString> messageIDOf(const RawMessage& raw) {

@@ -2,7 +2,7 @@
 #include <cmath>
 #include <optional>
 
-#include <ToviFoundationKit/Foundation/MergeSort_p.h>
+#include <ToviFoundationKit/Foundation/KeySort_p.h>
 #include <ToviFoundationKit/Foundation/NSArray.h>
 #include <ToviFoundationKit/Runtime/Additions.h>
 #include <ToviFoundationKit/Runtime/Message.h>
@@ -11,11 +11,7 @@ namespace tovi {
 
 namespace {
 
-/// An object with a number that orders it, so that most comparisons need not look at the object.
-struct Keyed {
-    std::uint64_t key;
-    NSObject* object;
-};
+using detail::Keyed;
 using Keys = std::optional<std::vector<Keyed>>;
 
 /// True where objects of the class answer the selector with the given operation, which nobody has replaced.
@@ -82,25 +78,42 @@ std::optional<std::uint64_t> textKey(const NSObject& object) {
     return key;
 }
 
-template <class After> bool sortKeyed(std::span<NSObject*> objects, Keys keys, After after) {
-    if (!keys)
-        return false;
-    detail::mergeSort(std::span(*keys), after);
-    std::transform(keys->begin(), keys->end(), objects.begin(), [](const Keyed& each) { return each.object; });
-    return true;
+void takeOrder(std::span<NSObject*> objects, const std::vector<Keyed>& keys) {
+    std::transform(keys.begin(), keys.end(), objects.begin(), [](const Keyed& each) { return each.object; });
 }
 
 bool sortNumbers(std::span<NSObject*> objects) {
-    const auto after = [](const Keyed& a, const Keyed& b) { return a.key > b.key; };
-    return sortKeyed(objects, keysOf(objects, integerKey), after) || sortKeyed(objects, keysOf(objects, realKey), after);
+    Keys keys = keysOf(objects, integerKey);
+    if (!keys)
+        keys = keysOf(objects, realKey);
+    if (!keys)
+        return false;
+    detail::sortByKeys(*keys);
+    takeOrder(objects, *keys);
+    return true;
 }
 
 bool sortTexts(std::span<NSObject*> objects) {
-    return sortKeyed(objects, keysOf(objects, textKey), [](const Keyed& a, const Keyed& b) {
-        if (a.key != b.key)
-            return a.key > b.key;
-        return static_cast<const NSString*>(a.object)->compare(static_cast<const NSString&>(*b.object)) > 0;
+    Keys keys = keysOf(objects, textKey);
+    if (!keys)
+        return false;
+    detail::sortByKeys(*keys);
+    detail::sortWithinKeys(*keys, [](const NSObject& a, const NSObject& b) {
+        return static_cast<const NSString&>(a).compare(static_cast<const NSString&>(b)) > 0;
     });
+    takeOrder(objects, *keys);
+    return true;
+}
+
+using Comparison = detail::DirectEntry<NSInteger, NSObject*>;
+
+/// The operation of objects that are all of one class, where it takes an object and answers an integer.
+const Method* commonMethod(std::span<NSObject* const> objects, Selector comparator) {
+    const DispatchTable& table = objects[0]->dispatchTable();
+    const Method* const method = table.find(comparator);
+    const bool fits = method && method->code == detail::signatureCode<NSInteger, NSObject*>;
+    const auto isOther = [&](const NSObject* each) { return &each->dispatchTable() != &table; };
+    return fits && std::none_of(objects.begin(), objects.end(), isOther) ? method : nullptr;
 }
 
 void sortBySelector(std::span<NSObject*> objects, Selector comparator) {
@@ -108,6 +121,9 @@ void sortBySelector(std::span<NSObject*> objects, Selector comparator) {
         return;
     if (answersWith<&NSString::compare, NSString>(comparator) && sortTexts(objects))
         return;
+    if (const Method* const method = commonMethod(objects, comparator))
+        return detail::mergeSort(objects, [method, compare = reinterpret_cast<Comparison>(method->direct)](
+                                              NSObject* a, NSObject* b) { return compare(*method, *a, b) > 0; });
     detail::mergeSort(objects, [site = MessageSite(comparator)](NSObject* a, NSObject* b) mutable {
         return site.send<NSInteger>(*a, *b) > 0;
     });

@@ -19,9 +19,9 @@ Ref<NSIndexSet> NSIndexSet::indexSetWithIndex(NSUInteger index) { return indexSe
 
 Ref<NSIndexSet> NSIndexSet::indexSetWithIndexesInRange(NSRange range) {
     checkRange("+[NSIndexSet indexSetWithIndexesInRange:]", range);
-    detail::IndexRuns runs;
-    runs.add(range);
-    return adopt(*new NSIndexSet(std::move(runs)));
+    detail::IndexBlocks blocks;
+    blocks.add(range);
+    return adopt(*new NSIndexSet(std::move(blocks)));
 }
 
 Ref<NSIndexSet> NSIndexSet::indexSetWithIndexSet(const NSIndexSet& other) {
@@ -29,7 +29,7 @@ Ref<NSIndexSet> NSIndexSet::indexSetWithIndexSet(const NSIndexSet& other) {
 }
 
 Ref<NSIndexSet> NSIndexSet::of(std::initializer_list<NSUInteger> indexes) {
-    return adopt(*new NSIndexSet(std::move(NSMutableIndexSet::of(indexes)->runs_)));
+    return adopt(*new NSIndexSet(std::move(NSMutableIndexSet::of(indexes)->blocks_)));
 }
 
 void NSIndexSet::checkRange(const char* operation, NSRange range) {
@@ -43,31 +43,29 @@ void NSIndexSet::checkRange(const char* operation, NSRange range) {
                        range.location, range.length, limit - 1);
 }
 
-NSUInteger NSIndexSet::firstIndex() const noexcept { return count() ? runs_.first().location : NSNotFound; }
-NSUInteger NSIndexSet::lastIndex() const noexcept { return count() ? runs_.last().end() - 1 : NSNotFound; }
+NSUInteger NSIndexSet::firstIndex() const noexcept {
+    const NSRange run = blocks_.from(0).current();
+    return run.length ? run.location : NSNotFound;
+}
+
+NSUInteger NSIndexSet::lastIndex() const noexcept { return blocks_.lastUpTo(NSNotFound); }
 
 NSUInteger NSIndexSet::indexGreaterThanIndex(NSUInteger index) const noexcept {
-    if (index >= NSNotFound - 1)
-        return NSNotFound;
-    if (containsIndex(index + 1))
-        return index + 1;
-    const NSRange run = runs_.firstRunBehind(index + 1).current();
+    const NSRange run = index < NSNotFound ? blocks_.from(index + 1).current() : NSRange();
     return run.length ? run.location : NSNotFound;
 }
 
 NSUInteger NSIndexSet::indexLessThanIndex(NSUInteger index) const noexcept {
-    const NSRange run = index ? runs_.runStartingUpTo(index - 1) : NSRange();
-    return run.length ? std::min(run.end(), index) - 1 : NSNotFound;
+    return index ? blocks_.lastUpTo(index - 1) : NSNotFound;
 }
 
 bool NSIndexSet::containsIndexesInRange(NSRange range) const noexcept {
-    const NSRange run = runs_.runStartingUpTo(range.location);
-    return range.length && range.location - run.location < run.length &&
-           range.length <= run.length - (range.location - run.location);
+    const NSRange run = blocks_.from(range.location).current();
+    return range.length && run.location == range.location && run.length >= range.length;
 }
 
 bool NSIndexSet::containsIndexes(const NSIndexSet& other) const noexcept {
-    detail::IndexRuns::Cursor cursor(other.runs_);
+    detail::IndexBlocks::Cursor cursor = other.blocks_.from(0);
     for (NSRange run = cursor.current(); run.length; run = cursor.next())
         if (!containsIndexesInRange(run))
             return false;
@@ -75,26 +73,22 @@ bool NSIndexSet::containsIndexes(const NSIndexSet& other) const noexcept {
 }
 
 NSUInteger NSIndexSet::countOfIndexesInRange(NSRange range) const noexcept {
-    const auto within = [range](NSRange run) {
-        const NSUInteger start = std::max(run.location, range.location);
-        const NSUInteger length = run.end() - start;
-        return run.end() <= start || start - range.location >= range.length
-                   ? 0
-                   : std::min(length, range.length - (start - range.location));
-    };
-    NSUInteger count = within(runs_.runStartingUpTo(range.location));
-    detail::IndexRuns::Cursor cursor = runs_.firstRunBehind(range.location);
-    for (NSRange run = cursor.current(); run.length && run.location - range.location < range.length; run = cursor.next())
-        count += within(run);
+    NSUInteger count = 0;
+    detail::IndexBlocks::Cursor cursor = blocks_.from(range.location);
+    for (NSRange run = cursor.current(); run.length; run = cursor.next()) {
+        const NSUInteger offset = run.location - range.location;
+        if (offset >= range.length)
+            break;
+        count += std::min(run.length, range.length - offset);
+    }
     return count;
 }
 
-bool NSIndexSet::isEqualToIndexSet(const NSIndexSet& other) const noexcept { return runs_ == other.runs_; }
+bool NSIndexSet::isEqualToIndexSet(const NSIndexSet& other) const noexcept { return blocks_ == other.blocks_; }
 
 std::vector<NSRange> NSIndexSet::ranges() const {
     std::vector<NSRange> ranges;
-    ranges.reserve(runs_.runCount());
-    detail::IndexRuns::Cursor cursor(runs_);
+    detail::IndexBlocks::Cursor cursor = blocks_.from(0);
     for (NSRange run = cursor.current(); run.length; run = cursor.next())
         ranges.push_back(run);
     return ranges;
@@ -107,7 +101,7 @@ bool NSIndexSet::isEqual(const NSObject* other) const {
 
 NSUInteger NSIndexSet::hash() const {
     NSUInteger sum = count();
-    detail::IndexRuns::Cursor cursor(runs_);
+    detail::IndexBlocks::Cursor cursor = blocks_.from(0);
     for (NSRange run = cursor.current(); run.length; run = cursor.next()) {
         sum = (sum ^ run.location) * 0x9E3779B97F4A7C15U;
         sum = (sum ^ sum >> 32 ^ run.length) * 0xD6E8FEB86659FD93U;
@@ -122,9 +116,10 @@ Ref<NSString> NSIndexSet::description() const {
         text->appendCharacters(u"(no indexes)");
         return text;
     }
-    text->appendFormat(u"[number of indexes: %lu (in %lu ranges), indexes: (", count(), runs_.runCount());
+    const std::vector<NSRange> runs = ranges();
+    text->appendFormat(u"[number of indexes: %lu (in %lu ranges), indexes: (", count(), runs.size());
     std::u16string_view gap;
-    for (const NSRange run : ranges()) {
+    for (const NSRange run : runs) {
         text->appendCharacters(gap);
         gap = u" ";
         if (run.length == 1)

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include <ToviFoundationKit/Foundation/FastEnumeration.h>
-#include <ToviFoundationKit/Foundation/IndexRuns.h>
+#include <ToviFoundationKit/Foundation/IndexBlocks.h>
 
 namespace tovi {
 
@@ -23,13 +23,13 @@ public:
     static Ref<NSIndexSet> indexSetWithIndexSet(const NSIndexSet& other);
     static Ref<NSIndexSet> of(std::initializer_list<NSUInteger> indexes);
 
-    NSUInteger count() const noexcept { return runs_.indexCount(); }
+    NSUInteger count() const noexcept { return blocks_.count(); }
     /// These four answer NSNotFound when there is no such index.
     NSUInteger firstIndex() const noexcept;
     NSUInteger lastIndex() const noexcept;
     NSUInteger indexGreaterThanIndex(NSUInteger index) const noexcept;
     NSUInteger indexLessThanIndex(NSUInteger index) const noexcept;
-    bool containsIndex(NSUInteger index) const noexcept { return runs_.contains(index); }
+    bool containsIndex(NSUInteger index) const noexcept { return blocks_.contains(index); }
     bool containsIndexesInRange(NSRange range) const noexcept;  ///< all of them; false for an empty range
     bool containsIndexes(const NSIndexSet& other) const noexcept;
     NSUInteger countOfIndexesInRange(NSRange range) const noexcept;
@@ -51,13 +51,13 @@ public:
 
 protected:
     NSIndexSet() noexcept = default;
-    explicit NSIndexSet(detail::IndexRuns runs) noexcept : runs_(std::move(runs)) {}
+    explicit NSIndexSet(detail::IndexBlocks blocks) noexcept : blocks_(std::move(blocks)) {}
     ~NSIndexSet() override = default;
 
     static void checkRange(const char* operation, NSRange range);
 
     std::uint32_t mutations_ = 0;
-    detail::IndexRuns runs_;
+    detail::IndexBlocks blocks_;
 
 private:
     friend class NSMutableIndexSet;
@@ -89,7 +89,7 @@ public:
 private:
     friend class NSIndexSet;
     explicit Iterator(const NSIndexSet& set) noexcept
-        : set_(&set), cursor_(set.runs_), expected_(set.mutations_) {
+        : set_(&set), cursor_(set.blocks_.from(0)), expected_(set.mutations_) {
         load(cursor_.current());
     }
     void load(NSRange run) noexcept {
@@ -98,7 +98,7 @@ private:
     }
 
     const NSIndexSet* set_ = nullptr;
-    detail::IndexRuns::Cursor cursor_;
+    detail::IndexBlocks::Cursor cursor_;
     NSUInteger index_ = 0;
     NSUInteger runEnd_ = 0;  ///< 0 at the end
     std::uint32_t expected_ = 0;

@@ -21,7 +21,7 @@ Ref<NSMutableIndexSet> NSMutableIndexSet::indexSetWithIndexesInRange(NSRange ran
 }
 
 Ref<NSMutableIndexSet> NSMutableIndexSet::indexSetWithIndexSet(const NSIndexSet& other) {
-    return adopt(*new NSMutableIndexSet(other.runs_));
+    return adopt(*new NSMutableIndexSet(other.blocks_));
 }
 
 Ref<NSMutableIndexSet> NSMutableIndexSet::of(std::initializer_list<NSUInteger> indexes) {
@@ -34,65 +34,65 @@ Ref<NSMutableIndexSet> NSMutableIndexSet::of(std::initializer_list<NSUInteger> i
 void NSMutableIndexSet::addIndex(NSUInteger index) {
     checkRange("-[NSMutableIndexSet addIndex:]", {index, 1});
     ++mutations_;
-    runs_.add({index, 1});
+    blocks_.add({index, 1});
 }
 
 void NSMutableIndexSet::addIndexesInRange(NSRange range) {
     checkRange("-[NSMutableIndexSet addIndexesInRange:]", range);
     ++mutations_;
-    runs_.add(range);
+    blocks_.add(range);
 }
 
 void NSMutableIndexSet::removeIndex(NSUInteger index) {
     checkRange("-[NSMutableIndexSet removeIndex:]", {index, 1});
     ++mutations_;
-    runs_.remove({index, 1});
+    blocks_.remove({index, 1});
 }
 
 void NSMutableIndexSet::removeIndexesInRange(NSRange range) {
     checkRange("-[NSMutableIndexSet removeIndexesInRange:]", range);
     ++mutations_;
-    runs_.remove(range);
+    blocks_.remove(range);
 }
 
 namespace {
 
-// A few runs are quicker changed one by one; combining goes over all of them.
-bool hasFewRunsBeside(const detail::IndexRuns& runs, const detail::IndexRuns& others) {
-    return runs.runCount() < others.runCount() / 16;
+// A few runs are quicker changed one by one; combining goes over all blocks.
+bool isSmallBeside(const detail::IndexBlocks& blocks, const detail::IndexBlocks& others) {
+    return blocks.blockCount() < others.blockCount() / 32;
 }
 
 }  // namespace
 
 void NSMutableIndexSet::addIndexes(const NSIndexSet& other) {
     ++mutations_;
-    if (hasFewRunsBeside(other.runs_, runs_))
+    if (isSmallBeside(other.blocks_, blocks_))
         for (const NSRange run : other.ranges())
-            runs_.add(run);
+            blocks_.add(run);
     else
-        runs_ = detail::IndexRuns::united(runs_, other.runs_);
+        blocks_ = detail::IndexBlocks::united(blocks_, other.blocks_);
 }
 
 void NSMutableIndexSet::removeIndexes(const NSIndexSet& other) {
     ++mutations_;
-    if (hasFewRunsBeside(other.runs_, runs_))
+    if (isSmallBeside(other.blocks_, blocks_))
         for (const NSRange run : other.ranges())
-            runs_.remove(run);
+            blocks_.remove(run);
     else
-        runs_ = detail::IndexRuns::subtracted(runs_, other.runs_);
+        blocks_ = detail::IndexBlocks::subtracted(blocks_, other.blocks_);
 }
 
 void NSMutableIndexSet::removeAllIndexes() {
     ++mutations_;
-    runs_ = detail::IndexRuns();
+    blocks_ = detail::IndexBlocks();
 }
 
 void NSMutableIndexSet::intersectIndexes(const NSIndexSet& other) {
     ++mutations_;
-    runs_ = detail::IndexRuns::intersected(runs_, other.runs_);
+    blocks_ = detail::IndexBlocks::intersected(blocks_, other.blocks_);
 }
 
-Ref<NSObject> NSMutableIndexSet::copy() const { return adopt(*new NSIndexSet(runs_)); }
+Ref<NSObject> NSMutableIndexSet::copy() const { return adopt(*new NSIndexSet(blocks_)); }
 
 namespace {
 

@@ -30,7 +30,7 @@ public:
 
 private:
     NSMutableIndexSet() noexcept = default;
-    explicit NSMutableIndexSet(detail::IndexRuns runs) noexcept : NSIndexSet(std::move(runs)) {}
+    explicit NSMutableIndexSet(detail::IndexBlocks blocks) noexcept : NSIndexSet(std::move(blocks)) {}
 };
 
 }  // namespace tovi

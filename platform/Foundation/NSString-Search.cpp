@@ -138,7 +138,7 @@ std::size_t pieceLength(std::u16string_view text) {
     if (text.size() <= longest)
         return text.size();
     const std::size_t space = text.rfind(u' ', longest - 1);
-    return space == text.npos ? longest : space + 1;
+    return space == std::u16string_view::npos ? longest : space + 1;
 }
 
 void appendMapped(StringBuilder& out, std::u16string_view piece, Mapping map) {

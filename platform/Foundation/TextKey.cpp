@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <utility>
 
 #include <unicode/uchar.h>
 #include <unicode/unorm2.h>
@@ -71,11 +72,10 @@ bool combinesBackwards(char32_t codePoint) {
 }
 
 /// Keeps what was made by the thread that was first.
-template <class T> const T& published(std::atomic<const T*>& place, const T* made) noexcept {
+template <class T> const T& published(std::atomic<const T*>& place, std::unique_ptr<const T> made) {
     const T* expected = nullptr;
-    if (place.compare_exchange_strong(expected, made, std::memory_order_acq_rel))
-        return *made;
-    delete made;
+    if (place.compare_exchange_strong(expected, made.get(), std::memory_order_acq_rel))
+        return *made.release();
     return *expected;
 }
 
@@ -99,7 +99,7 @@ struct KeyTable::Index {
             uset_openPattern(pattern.data(), static_cast<int>(pattern.size()), &error), &uset_close);
         uset_removeRange(set.get(), firstSyllable, lastSyllable);
         for (int i = 0; i < uset_getItemCount(set.get()); ++i) {
-            UChar32 start, end;
+            UChar32 start = 0, end = 0;
             if (uset_getItem(set.get(), i, &start, &end, nullptr, 0, &error) == 0)
                 for (UChar32 c = start; c <= end; ++c)
                     add(table, static_cast<char32_t>(c));
@@ -147,16 +147,16 @@ KeyTable::Entry KeyTable::makeEntry(char32_t codePoint) const {
     return {k[0], at(1), at(2)};
 }
 
-const KeyTable::Block& KeyTable::makeBlock(char32_t number) const noexcept {
-    auto* const made = new Block;
+const KeyTable::Block& KeyTable::makeBlock(char32_t number) const {
+    auto made = std::make_unique<Block>();
     for (char32_t i = 0; i < 256; ++i)
         made->entries[i] = makeEntry(number << 8 | i);
-    return published<Block>(blocks_[number], made);
+    return published<Block>(blocks_[number], std::move(made));
 }
 
 const KeyTable::Index& KeyTable::index() const {
     const Index* const made = index_.load(std::memory_order_acquire);
-    return made ? *made : published<Index>(index_, new Index(*this));
+    return made ? *made : published<Index>(index_, std::make_unique<Index>(*this));
 }
 
 std::vector<char32_t> KeyTable::codePointsWithKey(char32_t begin) const {

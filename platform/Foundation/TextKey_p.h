@@ -29,11 +29,11 @@ public:
 
     static const KeyTable& of(Sameness sameness);
 
-    Entry entry(char32_t codePoint) const noexcept {
+    Entry entry(char32_t codePoint) const {
         const Block* const block = blocks_[codePoint >> 8].load(std::memory_order_acquire);
         return (block ? *block : makeBlock(codePoint >> 8)).entries[codePoint & 0xFF];
     }
-    bool beginsCharacter(char32_t codePoint) const noexcept { return entry(codePoint).first != extendsCharacter; }
+    bool beginsCharacter(char32_t codePoint) const { return entry(codePoint).first != extendsCharacter; }
 
     /// The whole key of one code point.
     std::u32string key(char32_t codePoint) const;
@@ -50,7 +50,7 @@ private:
     };
     struct Index;
 
-    const Block& makeBlock(char32_t number) const noexcept;
+    const Block& makeBlock(char32_t number) const;
     const Index& index() const;
     Entry makeEntry(char32_t codePoint) const;
 
@@ -66,7 +66,7 @@ public:
     CharacterReader(std::u16string_view text, const KeyTable& table) noexcept : text_(text), table_(table) {}
 
     /// True when no character reaches across the position.
-    bool isBoundary(std::size_t position) const noexcept;
+    bool isBoundary(std::size_t position) const;
 
     /// The key of the character that begins at the position, which is moved to its end. Valid until the next call.
     std::u32string_view next(std::size_t& position) {
@@ -79,14 +79,14 @@ public:
     std::u32string_view previous(std::size_t& position);
 
     /// Moves past characters, some of them at least, whose keys do not begin so.
-    void skip(std::size_t& position, std::size_t end, char32_t begin) const noexcept {
+    void skip(std::size_t& position, std::size_t end, char32_t begin) const {
         for (; position < end; ++position)
             if (const auto entry = entryAt(position);
                 entry.first == begin || entry.first >= KeyTable::tooLong || !isBoundary(position + 1))
                 return;
     }
     /// The same for characters before the position, and the ends of their keys.
-    void skipBackwards(std::size_t& position, std::size_t start, char32_t end) const noexcept {
+    void skipBackwards(std::size_t& position, std::size_t start, char32_t end) const {
         for (; position > start; --position)
             if (const auto entry = entryAt(position - 1); entry.first >= KeyTable::tooLong || lastOf(entry) == end)
                 return;
@@ -103,7 +103,7 @@ private:
         return entry.third ? entry.third : entry.second ? entry.second : entry.first;
     }
     /// The entry of a unit, if that is a code point for sure.
-    KeyTable::Entry entryAt(std::size_t position) const noexcept {
+    KeyTable::Entry entryAt(std::size_t position) const {
         const char16_t unit = text_[position];
         return unit < 0xD800 ? table_.entry(unit) : KeyTable::Entry{KeyTable::tooLong};
     }
@@ -116,7 +116,7 @@ private:
     std::u32string long_;
 };
 
-inline bool CharacterReader::isBoundary(std::size_t position) const noexcept {
+inline bool CharacterReader::isBoundary(std::size_t position) const {
     if (position >= text_.size() || text_[position] < 0x300 || position == 0)
         return true;
     const char32_t codePoint = codePointAt(position);

@@ -9,13 +9,14 @@ namespace tovi::detail {
 namespace {
 
 constexpr auto npos = std::u16string_view::npos;
-constexpr NSUInteger undecided = npos - 1;
 /// What is longer is searched with a filter.
 constexpr std::size_t shortLength = 512;
 /// Below it nothing combines, and no two texts are canonically equivalent.
 constexpr char16_t firstCombining = 0x300;
 
 NSRange rangeOf(std::size_t start, std::size_t end) { return {start, end - start}; }
+
+char16_t firstUnit(char32_t c) { return c > 0xFFFF ? leadOf(c) : static_cast<char16_t>(c); }
 
 const KeyTable* tableFor(NSStringCompareOptions options) {
     if (options & NSLiteralSearch)
@@ -32,15 +33,14 @@ NSRange TextSearch::find(std::u16string_view text, NSRange range) {
     if (searched_.empty() || range.length == 0)
         return NSRangeNotFound;
     const std::u16string_view part = text.substr(range.location, range.length);
-    const bool simple = table_ && part.size() <= shortLength &&
-                        allBelow(text.substr(range.location, range.length + 1), firstCombining) &&
-                        allBelow(searched_, firstCombining);
-    if (!table_ || simple) {
-        if (NSRange found = table_ ? findInShort(part) : findLiterally(part, searched_); found.location != undecided) {
-            found.location += found.wasFound() ? range.location : 0;
-            return found;
-        }
-    }
+    const auto inText = [range](NSRange found) {
+        return found.wasFound() ? NSRange{range.location + found.location, found.length} : found;
+    };
+    if (!table_)
+        return inText(findLiterally(part, searched_));
+    if (part.size() <= shortLength && allBelow(text.substr(range.location, range.length + 1), firstCombining))
+        if (const std::optional<NSRange> found = findInSimple(part))
+            return inText(*found);
     if (key_.empty())
         prepare();
     CharacterReader reader(text, *table_);
@@ -50,33 +50,35 @@ NSRange TextSearch::find(std::u16string_view text, NSRange range) {
 }
 
 NSRange TextSearch::findLiterally(std::u16string_view text, std::u16string_view searched) const {
-    std::size_t found;
+    std::size_t found = npos;
     if (!has(NSAnchoredSearch))
         found = has(NSBackwardsSearch) ? findLastLiterally(text, searched) : detail::findLiterally(text, searched);
     else if (has(NSBackwardsSearch))
         found = text.ends_with(searched) ? text.size() - searched.size() : npos;
-    else
-        found = text.starts_with(searched) ? 0 : npos;
+    else if (text.starts_with(searched))
+        found = 0;
     return found == npos ? NSRangeNotFound : NSRange{found, searched.size()};
 }
 
-/// Searches a short simple text, folded as a whole; undecided where folding makes one character two.
-NSRange TextSearch::findInShort(std::u16string_view text) const {
+/// Searches a short text in which nothing combines, folded as a whole; nothing where that is not enough.
+std::optional<NSRange> TextSearch::findInSimple(std::u16string_view text) const {
+    if (!allBelow(searched_, firstCombining))
+        return std::nullopt;
     if (!has(NSCaseInsensitiveSearch))
         return findLiterally(text, searched_);
     if (searched_.size() > shortLength)
-        return {undecided, 0};
+        return std::nullopt;
     const KeyTable& folding = KeyTable::of(Sameness::LiteralCaseless);
     char16_t units[2 * shortLength];
-    const auto fold = [&folding](std::u16string_view from, char16_t* to) {
+    const auto foldOneToOne = [&folding](std::u16string_view from, char16_t* to) {
         return std::all_of(from.begin(), from.end(), [&](char16_t unit) {
             const KeyTable::Entry entry = folding.entry(unit);
             *to++ = static_cast<char16_t>(entry.first);
             return entry.second == 0;
         });
     };
-    if (!fold(text, units) || !fold(searched_, units + shortLength))
-        return {undecided, 0};
+    if (!foldOneToOne(text, units) || !foldOneToOne(searched_, units + shortLength))
+        return std::nullopt;
     return findLiterally({units, text.size()}, {units + shortLength, searched_.size()});
 }
 
@@ -202,8 +204,7 @@ template <class Use> bool TextSearch::forEachBeginning(std::size_t position, Use
         const std::u32string key = entry.first < KeyTable::tooLong && !entry.third && !entry.second
                                        ? std::u32string(1, entry.first)
                                        : table_->key(codePoint);
-        const bool possible =
-            std::all_of(key.begin(), key.end(), [&](char32_t c) { return part.find(c) != part.npos; });
+        const bool possible = std::all_of(key.begin(), key.end(), [&](char32_t c) { return part.find(c) != npos; });
         return !possible || use(codePoint, key);
     };
     for (const char32_t codePoint : table_->codePointsWithKey(part[0]))
@@ -220,35 +221,33 @@ void TextSearch::prepareFilter() {
     filterPrepared_ = true;
     if (!table_->beginsCharacter(key_[0]))
         return;
-    const auto unitOf = [](char32_t c) { return c > 0xFFFF ? leadOf(c) : static_cast<char16_t>(c); };
-    const bool few = forEachBeginning(0, [&](char32_t codePoint, const std::u32string&) {
-        return !table_->beginsCharacter(codePoint) || first_.add(unitOf(codePoint));
+    const bool few = forEachBeginning(0, [this](char32_t codePoint, const std::u32string&) {
+        return !table_->beginsCharacter(codePoint) || first_.add(firstUnit(codePoint));
     });
-    if (!few) {
+    if (!few)
         first_ = UnitSet();
-        return;
-    }
-    const bool fewSecond = forEachBeginning(0, [&](char32_t codePoint, const std::u32string& key) {
-        if (!table_->beginsCharacter(codePoint))
-            return true;
-        if (codePoint > 0xFFFF)
-            return second_.add(trailOf(codePoint));
-        const auto addUnit = [&](char32_t c, const std::u32string&) { return second_.add(unitOf(c)); };
-        const bool wholly = key_.starts_with(key);
-        if (wholly && key.size() == key_.size())
-            return false;
-        if (wholly && table_->beginsCharacter(key_[key.size()]))
-            return forEachBeginning(key.size(), addUnit);
-        // More of the same character follows, in any order.
-        const std::u32string_view part = head(0);
-        for (std::size_t i = 0; i < part.size(); ++i)
-            for (const char32_t c : table_->codePointsWithKey(part[i]))
-                if (!table_->beginsCharacter(c) && !addUnit(c, {}))
-                    return false;
-        return true;
-    });
-    if (!fewSecond)
+    else if (!forEachBeginning(0, [this](char32_t c, const std::u32string& key) { return addSecond(c, key); }))
         second_ = UnitSet();
+}
+
+/// Adds the units that can follow a code point at the beginning; false when these are too many.
+bool TextSearch::addSecond(char32_t codePoint, const std::u32string& key) {
+    if (!table_->beginsCharacter(codePoint))
+        return true;
+    if (codePoint > 0xFFFF)
+        return second_.add(trailOf(codePoint));
+    const auto add = [this](char32_t c, const std::u32string&) { return second_.add(firstUnit(c)); };
+    const bool wholly = key_.starts_with(key);
+    if (wholly && key.size() == key_.size())
+        return false;
+    if (wholly && table_->beginsCharacter(key_[key.size()]))
+        return forEachBeginning(key.size(), add);
+    // More of the same character follows, in any order.
+    for (const char32_t part : head(0))
+        for (const char32_t c : table_->codePointsWithKey(part))
+            if (!table_->beginsCharacter(c) && !add(c, {}))
+                return false;
+    return true;
 }
 
 NSComparisonResult compareKeys(std::u16string_view a, std::u16string_view b, const KeyTable& table) {

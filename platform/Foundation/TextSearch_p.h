@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -22,7 +23,7 @@ public:
 private:
     bool has(NSStringCompareOptions option) const noexcept { return options_ & option; }
     NSRange findLiterally(std::u16string_view text, std::u16string_view searched) const;
-    NSRange findInShort(std::u16string_view text) const;
+    std::optional<NSRange> findInSimple(std::u16string_view text) const;
     void prepare();
     NSRange findAnchored(CharacterReader& reader, NSRange range) const;
     NSRange findForwards(std::u16string_view text, CharacterReader& reader, NSRange range);
@@ -33,6 +34,7 @@ private:
     void prepareFilter();
     std::u32string_view head(std::size_t position) const;
     template <class Use> bool forEachBeginning(std::size_t position, Use use) const;
+    bool addSecond(char32_t codePoint, const std::u32string& key);
 
     /// What is known of the key's first units, and, in turn, of the units read last.
     struct Place {

@@ -13,7 +13,13 @@ TOVI_DEFINE_CLASS(NSAssertionHandler, NSObject)
 
 namespace {
 
-thread_local RefPtr<NSAssertionHandler> current;
+/// Nulled when the thread ends: failures in even later thread-local destructors are the default handler's.
+struct Current {
+    RefPtr<NSAssertionHandler> handler;
+    ~Current() { handler = nullptr; }
+};
+
+thread_local Current current;
 
 void logAndRaise(FormatArgument place, const char* file, NSInteger line, std::u16string_view format,
                  FormatArguments arguments) {
@@ -25,11 +31,11 @@ void logAndRaise(FormatArgument place, const char* file, NSInteger line, std::u1
 
 Ref<NSAssertionHandler> NSAssertionHandler::currentHandler() {
     static NSAssertionHandler& standard = *adopt(*new NSAssertionHandler).leak();
-    return current ? *current : standard;
+    return current.handler ? *current.handler : standard;
 }
 
 RefPtr<NSAssertionHandler> NSAssertionHandler::setCurrentHandler(NSAssertionHandler* handler) {
-    return std::exchange(current, handler);
+    return std::exchange(current.handler, handler);
 }
 
 void NSAssertionHandler::handleFailureInMethod_object_file_lineNumber_description(Selector method,

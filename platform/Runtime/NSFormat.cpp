@@ -9,6 +9,7 @@
 #include <ToviFoundationKit/Runtime/Cast.h>
 #include <ToviFoundationKit/Runtime/FormatValue_p.h>
 #include <ToviFoundationKit/Runtime/NSNumber.h>
+#include <ToviFoundationKit/Runtime/RealText_p.h>
 #include <ToviFoundationKit/Runtime/Unicode_p.h>
 
 namespace tovi {
@@ -17,7 +18,7 @@ namespace {
 
 using Type = FormatArgument::Type;
 
-constexpr NSUInteger widest = 4095;
+constexpr NSUInteger widest = detail::RealText::mostDigits;
 constexpr NSUInteger unlimited = std::numeric_limits<NSUInteger>::max();
 
 struct Conversion {
@@ -28,7 +29,9 @@ struct Conversion {
     char type = 0;
     FormatArgument argument = nullptr;
 
-    NSUInteger digits(NSUInteger otherwise) const { return std::min(precision.value_or(otherwise), widest); }
+    std::optional<NSUInteger> numberPrecision() const {
+        return precision ? std::optional(std::min(*precision, detail::RealText::mostDigits)) : std::nullopt;
+    }
 };
 
 class Formatter {
@@ -119,7 +122,7 @@ private:
     void takeModifier(Conversion& c) {
         if (take(u'h')) {
             c.size = take(u'h') ? 1 : 2;
-        } else if (!rest_.empty() && std::u16string_view(u"lqjztL").find(rest_.front()) != rest_.npos) {
+        } else if (!rest_.empty() && std::u16string_view(u"lqjztL").find(rest_.front()) != std::u16string_view::npos) {
             if (take(u'l'))
                 take(u'l');
             else
@@ -132,10 +135,8 @@ private:
         std::optional<std::int64_t> width, precision;
         bool complete = takeCount(width);
         if (take(u'.')) {
-            precision = 0;
             complete = takeCount(precision) && complete;
-            if (!precision)
-                precision = 0;
+            precision = precision.value_or(0);
         }
         if (precision && *precision >= 0)
             c.precision = static_cast<NSUInteger>(*precision);
@@ -167,7 +168,8 @@ private:
     }
 
     bool takeType(Conversion& c) {
-        if (rest_.empty() || std::u16string_view(u"@diDuUxXoOcCsSpaAeEfFgG").find(rest_.front()) == rest_.npos)
+        if (rest_.empty() ||
+            std::u16string_view(u"@diDuUxXoOcCsSpaAeEfFgG").find(rest_.front()) == std::u16string_view::npos)
             return false;
         c.type = static_cast<char>(rest_.front());
         rest_.remove_prefix(1);
@@ -238,7 +240,7 @@ private:
         if (c.type == 'X')
             std::transform(digits, end, digits, [](char d) { return d >= 'a' ? static_cast<char>(d - 'a' + 'A') : d; });
         const auto count = static_cast<NSUInteger>(end - digits);
-        NSUInteger least = c.digits(0);
+        NSUInteger least = c.numberPrecision().value_or(0);
         if (base == 8 && c.alternate && (count == 0 || *digits != '0'))
             least = std::max(least, count + 1);
         printNumber(c, prefix, {digits, end}, least, !c.precision);
@@ -322,89 +324,27 @@ private:
             out_.append(object->description());
     }
 
-    void printReal(const Conversion& c);
+    void printReal(const Conversion& c) {
+        const double value = detail::realOf(c.argument);
+        const bool upper = c.type < 'a';
+        const bool finite = std::isfinite(value);
+        const char type = static_cast<char>(upper ? c.type - 'A' + 'a' : c.type);
+        const bool negative = std::signbit(value) && !std::isnan(value);
+        detail::RealText text(std::fabs(value), type, c.numberPrecision(), c.alternate);
+        if (upper)
+            text.toUpper();
+        char prefix[4];
+        char* end = std::ranges::copy(sign(c, negative), prefix).out;
+        if (type == 'a' && finite)
+            end = std::ranges::copy(upper ? std::string_view("0X") : std::string_view("0x"), end).out;
+        printNumber(c, {prefix, end}, text.view(), 0, finite);
+    }
 
     StringBuilder& out_;
     std::u16string_view rest_;
     FormatArguments arguments_;
     NSUInteger next_ = 0;
 };
-
-// Real numbers. A double has at most 309 digits before the point.
-class RealText {
-public:
-    RealText(double value, char type, const Conversion& c) {
-        switch (type) {
-            case 'f':
-                write(value, std::chars_format::fixed, c.digits(6));
-                break;
-            case 'e':
-                write(value, std::chars_format::scientific, c.digits(6));
-                break;
-            case 'g':
-                writeGeneral(value, std::max<NSUInteger>(c.digits(6), 1), c.alternate);
-                break;
-            default:
-                if (c.precision)
-                    write(value, std::chars_format::hex, c.digits(0));
-                else
-                    end_ = std::to_chars(text_, text_ + sizeof text_, value, std::chars_format::hex).ptr;
-        }
-        if (c.alternate && std::isfinite(value))
-            addPoint();
-    }
-
-    void toUpper() {
-        std::transform(text_, end_, text_, [](char t) { return t >= 'a' ? static_cast<char>(t - 'a' + 'A') : t; });
-    }
-    std::string_view view() const { return {text_, end_}; }
-
-private:
-    void write(double value, std::chars_format format, NSUInteger precision) {
-        end_ = std::to_chars(text_, text_ + sizeof text_, value, format, static_cast<int>(precision)).ptr;
-    }
-
-    /// With `keepZeros`, the rule of %g without its removal of zeros at the end.
-    void writeGeneral(double value, NSUInteger precision, bool keepZeros) {
-        write(value, std::chars_format::general, precision);
-        if (!keepZeros || !std::isfinite(value))
-            return;
-        write(value, std::chars_format::scientific, precision - 1);
-        const char* digits = std::find(text_, end_, 'e') + 1;
-        digits += *digits == '+';
-        int exponent = 0;
-        std::from_chars(digits, end_, exponent);
-        if (exponent >= -4 && exponent < static_cast<int>(precision))
-            write(value, std::chars_format::fixed, precision - 1 - static_cast<NSUInteger>(exponent));
-    }
-
-    void addPoint() {
-        char* const place = std::find_if(text_, end_, [](char t) { return t == '.' || t == 'e' || t == 'p'; });
-        if (place != end_ && *place == '.')
-            return;
-        std::copy_backward(place, end_, end_ + 1);
-        *place = '.';
-        ++end_;
-    }
-
-    char text_[widest + 400];
-    char* end_ = text_;
-};
-
-void Formatter::printReal(const Conversion& c) {
-    const double value = detail::realOf(c.argument);
-    const bool upper = c.type < 'a';
-    const bool finite = std::isfinite(value);
-    const char type = static_cast<char>(upper ? c.type - 'A' + 'a' : c.type);
-    RealText text(std::isnan(value) ? std::numeric_limits<double>::quiet_NaN() : std::fabs(value), type, c);
-    if (upper)
-        text.toUpper();
-    char prefix[4];
-    char* end = std::ranges::copy(sign(c, std::signbit(value) && !std::isnan(value)), prefix).out;
-    if (type == 'a' && finite)
-        end = std::ranges::copy(upper ? "0X" : "0x", end).out - 1;
-    printNumber(c, {prefix, end}, text.view(), 0, finite);
-}
 
 }  // namespace
 

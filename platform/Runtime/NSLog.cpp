@@ -44,7 +44,7 @@ void writeAll(int file, std::string_view bytes) {
 void writeLine(const NSString& message) {
     const auto now = std::chrono::system_clock::now().time_since_epoch();
     const auto milliseconds = std::chrono::duration_cast<std::chrono::milliseconds>(now).count();
-    const std::time_t seconds = static_cast<std::time_t>(milliseconds / 1000);
+    const auto seconds = static_cast<std::time_t>(milliseconds / 1000);
     std::tm t{};
     localtime_r(&seconds, &t);
     const Ref<NSString> line = NSString::stringWithFormat(

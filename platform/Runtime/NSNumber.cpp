@@ -2,6 +2,8 @@
 
 #include <bit>
 #include <charconv>
+#include <cstdlib>
+#include <new>
 #include <string_view>
 #include <utility>
 
@@ -16,6 +18,13 @@ TOVI_DEFINE_CLASS(NSNumber, NSValue)
 
 // The type letter lies in the root class's tail padding; a number is one 32-byte block of the allocator.
 static_assert(sizeof(NSNumber) == 24);
+
+void* NSNumber::operator new(std::size_t size) {
+    if (void* const memory = std::malloc(size)) [[likely]]
+        return memory;
+    throw std::bad_alloc();
+}
+void NSNumber::operator delete(void* memory) { std::free(memory); }
 
 Ref<NSNumber> NSNumber::numberWithBool(bool value) { return adopt(*new NSNumber('c', std::int64_t{value})); }
 Ref<NSNumber> NSNumber::numberWithChar(signed char value) { return adopt(*new NSNumber('c', std::int64_t{value})); }

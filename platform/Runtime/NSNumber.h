@@ -67,6 +67,9 @@ public:
     NSUInteger hash() const override;
     Ref<NSString> description() const override;  ///< stringValue
 
+    static void* operator new(std::size_t size);
+    static void operator delete(void* memory);
+
 private:
     friend Ref<NSNumber> detail::boxInteger(const char* encoding, std::int64_t value);
     NSNumber(char type, std::int64_t integer) noexcept : type_(type), integer_(integer) {}

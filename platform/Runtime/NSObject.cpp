@@ -50,17 +50,19 @@ constexpr unsigned deepestDestruction = 32;
 
 }  // namespace
 
-NSObject::~NSObject() = default;
-
 void NSObject::destroy() const noexcept {
     count_.store(dying, std::memory_order_relaxed);
-    if (condemned.depth == deepestDestruction)
+    const unsigned depth = condemned.depth;
+    if (depth == deepestDestruction) [[unlikely]]
         return condemned.push(this);
-    ++condemned.depth;
+    condemned.depth = depth + 1;
     delete this;
-    --condemned.depth;
-    if (condemned.depth || !condemned.capacity)
-        return;
+    condemned.depth = depth;
+    if (!depth && condemned.capacity) [[unlikely]]
+        destroyCondemned();
+}
+
+void NSObject::destroyCondemned() noexcept {
     ++condemned.depth;
     while (condemned.count)
         delete condemned.objects[--condemned.count];

@@ -85,11 +85,12 @@ protected:
     /// For objects in static storage, which nobody adopts and nothing destroys.
     struct Immortal {};
     constexpr explicit NSObject(Immortal) noexcept : count_(1) {}
-    virtual ~NSObject();
+    virtual ~NSObject() = default;
 
 private:
     friend NSObject* detail::adopted(NSObject* object) noexcept;
     void destroy() const noexcept;
+    static void destroyCondemned() noexcept;
 
     // Bits above the count. They cost nothing to keep and let debug builds check the life cycle.
     static constexpr std::uint32_t notAdopted = 1U << 31;
@@ -107,15 +108,15 @@ inline void NSObject::retain() const noexcept {
         count_.fetch_add(1, std::memory_order_relaxed);
 }
 
+// Who holds the only reference need not ask other threads: nobody else can take one.
 inline void NSObject::release() const noexcept {
-    if (__libc_single_threaded) {
-        const std::uint32_t left = count_.load(std::memory_order_relaxed) - 1;
-        count_.store(left, std::memory_order_relaxed);
-        if (left == 0)
-            destroy();
-    } else if (count_.fetch_sub(1, std::memory_order_acq_rel) == 1) {
+    const std::uint32_t count = count_.load(std::memory_order_acquire);
+    if (count == 1)
         destroy();
-    }
+    else if (__libc_single_threaded)
+        count_.store(count - 1, std::memory_order_relaxed);
+    else if (count_.fetch_sub(1, std::memory_order_acq_rel) == 1)
+        destroy();
 }
 
 namespace detail {

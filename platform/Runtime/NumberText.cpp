@@ -37,7 +37,7 @@ std::string numeral(std::u16string_view text) {
     const auto end = std::find_if_not(text.begin(), text.end(), [](char16_t unit) {
         return isDigit(unit) || unit == u'.' || unit == u'e' || unit == u'E' || unit == u'+' || unit == u'-';
     });
-    return std::string(text.begin(), end);
+    return {text.begin(), end};
 }
 
 /// For a number beyond the range of double: whether it is too large rather than too small.
@@ -98,7 +98,7 @@ bool NSString::boolValue() const {
     std::u16string_view text = detail::withoutSpace(*this);
     detail::takeSign(text);
     text.remove_prefix(std::min(text.find_first_not_of(u'0'), text.size()));
-    return !text.empty() && std::u16string_view(u"YyTt123456789").find(text.front()) != text.npos;
+    return !text.empty() && std::u16string_view(u"YyTt123456789").find(text.front()) != std::u16string_view::npos;
 }
 
 }  // namespace tovi

@@ -10,8 +10,8 @@ namespace tovi::detail {
 namespace {
 
 using Byte = unsigned char;
-typedef Byte Bytes __attribute__((vector_size(8)));
-typedef std::uint16_t Units __attribute__((vector_size(16)));
+using Bytes __attribute__((vector_size(8))) = Byte;
+using Units __attribute__((vector_size(16))) = std::uint16_t;
 
 template <class Result, class From> Result load(const From* from) noexcept {
     Result result;

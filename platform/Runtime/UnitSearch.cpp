@@ -14,8 +14,8 @@ constexpr auto npos = std::u16string_view::npos;
 
 // Sixteen units at a time.
 
-typedef std::uint16_t Units __attribute__((vector_size(16)));
-typedef std::uint64_t Words __attribute__((vector_size(16)));
+using Units __attribute__((vector_size(16))) = std::uint16_t;
+using Words __attribute__((vector_size(16))) = std::uint64_t;
 
 Units repeated(std::uint16_t u) noexcept { return Units{u, u, u, u, u, u, u, u}; }
 
@@ -29,7 +29,7 @@ public:
     Units matches(const char16_t* at) const noexcept {
         Units units;
         std::memcpy(&units, at, sizeof units);
-        Units result = reinterpret_cast<Units>(units == wanted_[0]);
+        auto result = reinterpret_cast<Units>(units == wanted_[0]);
         for (std::size_t i = 1; i < n; ++i)
             result |= reinterpret_cast<Units>(units == wanted_[i]);
         return result;
@@ -45,7 +45,7 @@ public:
 };
 
 bool any(Units matches) noexcept {
-    const Words words = reinterpret_cast<Words>(matches);
+    const auto words = reinterpret_cast<Words>(matches);
     return words[0] | words[1];
 }
 
@@ -56,7 +56,7 @@ std::size_t unitsBefore(std::uint64_t word) noexcept {
 }
 
 std::size_t indexOfFirst(Units matches) noexcept {
-    const Words words = reinterpret_cast<Words>(matches);
+    const auto words = reinterpret_cast<Words>(matches);
     return words[0] ? unitsBefore(words[0]) : 4 + unitsBefore(words[1]);
 }
 
@@ -99,7 +99,7 @@ template <std::size_t n> std::size_t findWithOthers(std::u16string_view text, st
 std::size_t equalLength(const char16_t* a, const char16_t* b, std::size_t length) noexcept {
     std::size_t i = 0;
     for (; length - i >= 4; i += 4) {
-        std::uint64_t x, y;
+        std::uint64_t x = 0, y = 0;
         std::memcpy(&x, a + i, sizeof x);
         std::memcpy(&y, b + i, sizeof y);
         if (x != y)

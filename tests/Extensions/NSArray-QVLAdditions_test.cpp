@@ -125,7 +125,7 @@ TEST(NSArrayAdditions, BinarySearchTakesBothComparatorForms) {
                   row.index);
     }
     const auto one = NSNumber::numberWithInt(1);
-    EXPECT_EQ(indexOfObject_usingComparator_startingAtIndex(NSArray::array(), one, compare, 0), NSNotFound);
+    EXPECT_EQ(indexOfObject_usingComparator_startingAtIndex(NSArray::array(), one, "unknown:"_sel, 0), NSNotFound);
     EXPECT_RAISES(indexOfObject_usingComparator_startingAtIndex(list, one, compare, -20), NSRangeException,
                   "objectAtIndex:]: index");
 }

@@ -109,7 +109,8 @@ TEST(NSMutableArrayAdditions, ABlockIsInsertedInItsOwnOrder) {
     insertObjectsFromArray_atIndex(list, NSArray::array(), 99);
     EXPECT_RAISES(insertObjectsFromArray_atIndex(list, NSArray::of(1), 5), NSRangeException,
                   "*** -[NSMutableArray insertObject:atIndex:]: index 5 beyond bounds [0 .. 3]");
-    EXPECT_RAISES(insertObjectsFromArray_atIndex(list, list, 0), NSGenericException, "was mutated");
+    const auto single = NSMutableArray::of(1);
+    EXPECT_RAISES(insertObjectsFromArray_atIndex(single, single, 0), NSGenericException, "was mutated");
     const auto frozen = NSMutableArray::immutableArray();
     EXPECT_RAISES(insertObjectsFromArray_atIndex(frozen, NSArray::of(1), 0), NSInvalidArgumentException,
                   "unrecognized selector sent to instance");

@@ -84,6 +84,8 @@ TEST(Message, findsTheTopicBehindReplyMarks) {
     for (const auto& [subject, topic] : std::vector<std::pair<std::string, std::u16string_view>>{
              {"Re: RE[2]: aw : fwd:Topic: one", u"Topic: one"},
              {"Reading: a book", u"Reading: a book"},
+             {"[list] Re: [PATCH 2/3] Topic [x]", u"Topic [x]"},
+             {"[not closed", u"[not closed"},
              {"re", u"re"},
              {"Re:", u""},
              {"  Re: \t", u""},

@@ -63,6 +63,9 @@ int main() {
     const auto manyIndexes = NSMutableIndexSet::indexSet();
     for (NSUInteger i = 0; i < 2000; i += 2)
         manyIndexes->addIndex(i);
+    const auto thinned = NSMutableIndexSet::indexSetWithIndexSet(manyIndexes);
+    thinned->removeIndexesInRange({4, 1990});
+    thinned->addIndexesInRange({32760, 100});
 
     const auto moment = NSDate::dateWithTimeIntervalSinceReferenceDate(86399.5);
     const auto never = NSDate::dateWithTimeIntervalSinceReferenceDate(1e20);

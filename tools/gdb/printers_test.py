@@ -19,6 +19,7 @@ holes              NSMutableDictionary of 3 = {[u"k0"] = 0, [u"k7"] = 7, [u"k14"
 members            NSMutableSet of 2 = {u"a", u"c"}
 indexes            NSIndexSet of 6 = {3, 10-14}
 manyIndexes        NSIndexSet of 1000 = {0, 2, 4, 6, ...}
+thinned            NSIndexSet of 105 = {0, 2, 1994, 1996, 1998, 32760-32859}
 moment             2001-01-01 23:59:59.500000 UTC
 never              1e+20 seconds since 2001-01-01 00:00:00 UTC
 bytes              NSData of 3 = <01 fe 7f>

@@ -119,26 +119,49 @@ def number_text(value):
     return str(integer + 2**64 if letter.isupper() and integer < 0 else integer)
 
 
-def runs(value):
-    """The first and the last index of each run of an index set."""
-    blocks = value["runs_"]["blocks_"]["_M_impl"]
-    block = blocks["_M_start"]
-    while block != blocks["_M_finish"]:
-        edges = block["edges"]
-        for i in range(int(block["count"])):
-            yield int(edges[2 * i]), int(edges[2 * i + 1]) - 1
+def pieces(blocks):
+    """The runs of an index set as its blocks have them: first index, one behind the last."""
+    block, end = blocks["blocks_"]["_M_impl"]["_M_start"], blocks["blocks_"]["_M_impl"]["_M_finish"]
+    while block != end:
+        data = block["data"]
+        if block["capacity"]:
+            for i in range(int(block["count"])):
+                yield int(data[2 * i]), int(data[2 * i + 1])
+        else:
+            memory = gdb.selected_inferior().read_memory(int(data), int(blocks["chunkLength"]) // 8)
+            bits, first = int.from_bytes(memory.tobytes(), "little"), int(block["first"])
+            while bits:
+                gap = (bits & -bits).bit_length() - 1
+                length = (~(bits >> gap) & (bits >> gap) + 1).bit_length() - 1
+                yield first + gap, first + gap + length
+                bits >>= gap + length
+                first += gap + length
         block += 1
 
 
+def runs(blocks):
+    """The pieces, those that touch joined."""
+    first = last = None
+    for start, end in pieces(blocks):
+        if last == start:
+            last = end
+            continue
+        if last is not None:
+            yield first, last - 1
+        first, last = start, end
+    if last is not None:
+        yield first, last - 1
+
+
 def index_set_text(value):
-    most = shown(2**64)
+    blocks, most = value["blocks_"], shown(2**64)
     texts = []
-    for first, last in runs(value):
+    for first, last in runs(blocks):
         if len(texts) == most:
             texts.append("...")
             break
         texts.append(str(first) if first == last else f"{first}-{last}")
-    return f"NSIndexSet of {int(value['runs_']['indexCount_'])} = {{{', '.join(texts)}}}"
+    return f"NSIndexSet of {int(blocks['count_'])} = {{{', '.join(texts)}}}"
 
 
 def date_text(value):
