@@ -4,12 +4,12 @@
 
 #include <ToviFoundationKit/ToviFoundationKitInitialize.h>
 
+#include <ToviFoundationKit/Foundation/NSError.h>
 #include <ToviFoundationKit/Runtime/Additions.h>
 #include <ToviFoundationKit/Runtime/Cast.h>
 #include <ToviFoundationKit/Runtime/FilesystemPath.h>
 #include <ToviFoundationKit/Runtime/Message.h>
 #include <ToviFoundationKit/Runtime/NSAssertionHandler.h>
-#include <ToviFoundationKit/Foundation/NSError.h>
 #include <ToviFoundationKit/Runtime/NSException.h>
 #include <ToviFoundationKit/Runtime/NSInvocation.h>
 #include <ToviFoundationKit/Runtime/NSLog.h>

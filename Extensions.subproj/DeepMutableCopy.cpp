@@ -66,11 +66,16 @@ private:
     Ref<NSObject> copyOf(NSObject& element) {
         const Kind kind = kindOf(element);
         switch (kind.how) {
-            case Kind::List: return start(static_cast<NSArray&>(element));
-            case Kind::Dictionary: return start(static_cast<NSDictionary&>(element));
-            case Kind::Message: return detail::sendResolved<id>(*kind.method, element).ref();
-            case Kind::MutableCopy: return element.mutableCopy();
-            case Kind::Shared: break;
+            case Kind::List:
+                return start(static_cast<NSArray&>(element));
+            case Kind::Dictionary:
+                return start(static_cast<NSDictionary&>(element));
+            case Kind::Message:
+                return detail::sendResolved<id>(*kind.method, element).ref();
+            case Kind::MutableCopy:
+                return element.mutableCopy();
+            case Kind::Shared:
+                break;
         }
         return element;
     }

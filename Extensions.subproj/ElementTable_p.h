@@ -47,7 +47,8 @@ private:
         std::uint32_t last = none;
     };
 
-    // Hashing and comparing run the elements' own code: should it change the list after all, reading past the end raises.
+    // Hashing and comparing run the elements' own code: should it change the list after all, reading past the end
+    // raises.
     static std::uint32_t hash32(const NSObject& object) {
         return static_cast<std::uint32_t>((Match::hash(object) * 0x9E3779B97F4A7C15U) >> 32);
     }

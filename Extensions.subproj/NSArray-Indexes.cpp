@@ -58,8 +58,8 @@ RefPtr<NSMutableIndexSet> indexesOfObjects_allowsNotFound(const NSArray& receive
     return firstIndexes<ByEquality>(receiver, collection, allowsNotFound);
 }
 
-RefPtr<NSMutableIndexSet> indexesOfObjectsIdenticalTo_allowsNotFound(const NSArray& receiver, const NSObject& collection,
-                                                                     bool allowsNotFound) {
+RefPtr<NSMutableIndexSet> indexesOfObjectsIdenticalTo_allowsNotFound(const NSArray& receiver,
+                                                                     const NSObject& collection, bool allowsNotFound) {
     return firstIndexes<ByIdentity>(receiver, collection, allowsNotFound);
 }
 
@@ -68,8 +68,8 @@ RefPtr<NSMutableIndexSet> indexesOfOrderedObjectsIdenticalTo_allowsNotFound(cons
                                                                             bool allowsNotFound) {
     using Table = ElementTable<ByIdentity>;
     const Table table(receiver);
-    // The start only moves up, so each object's occurrences are walked through once: `reached` holds, under the index of
-    // the first one, the one that the walk has come to.
+    // The start only moves up, so each object's occurrences are walked through once: `reached` holds, under the index
+    // of the first one, the one that the walk has come to.
     std::vector<std::uint32_t> reached(receiver.count(), Table::none);
     Ref<NSMutableIndexSet> indexes = NSMutableIndexSet::indexSet();
     std::uint32_t start = 0;

@@ -46,7 +46,8 @@ template <class Keep> Ref<NSArray> immutableFiltered(const NSArray& list, Keep k
 }  // namespace
 
 Ref<NSArray> arrayByRemovingObject(const NSArray& receiver, const NSObject& object) {
-    return immutableFiltered(receiver, [&](NSObject& element) { return !identical(&object, &element) && !object.isEqual(&element); });
+    return immutableFiltered(
+        receiver, [&](NSObject& element) { return !identical(&object, &element) && !object.isEqual(&element); });
 }
 
 // The receiver must also contain an equal object for anything to be removed; the object itself is one.

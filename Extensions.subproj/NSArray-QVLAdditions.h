@@ -9,9 +9,9 @@
 namespace tovi {
 inline namespace QVLAdditions {
 
-// Questions to an ordered list, and lists derived from it. The receiver is never changed. Results are new lists: mutable
-// where the result says so. A "collection" is a list, a set, a dictionary (its keys) or an enumerator. An element that
-// does not respond to the message it is sent raises NSInvalidArgumentException (unrecognized selector).
+// Questions to an ordered list, and lists derived from it. The receiver is never changed. Results are new lists:
+// mutable where the result says so. A "collection" is a list, a set, a dictionary (its keys) or an enumerator. An
+// element that does not respond to the message it is sent raises NSInvalidArgumentException (unrecognized selector).
 
 /// A copy in which `object` takes the place of the element at the index. An index that is negative or not below the
 /// count leaves the copy unchanged; that is no error.
@@ -42,8 +42,8 @@ TOVI_EXPORT Ref<NSArray> reversedArray(const NSArray& receiver);
 /// A copy reordered by `shuffle` (see NSMutableArray-QVLAdditions.h), which says how random it is.
 TOVI_EXPORT Ref<NSMutableArray> shuffledArray(const NSArray& receiver);
 
-/// The elements of the argument that are equal to no element of the receiver: argument minus receiver, in the argument's
-/// order, duplicates kept.
+/// The elements of the argument that are equal to no element of the receiver: argument minus receiver, in the
+/// argument's order, duplicates kept.
 TOVI_EXPORT Ref<NSMutableArray> differenceWithArray(const NSArray& receiver, const NSArray& other);
 
 /// The elements, in order, that answer true to `hasPrefix:` (`hasSuffix:`) with the string.
@@ -68,8 +68,8 @@ TOVI_EXPORT Ref<NSMutableIndexSet> indexesOfObjects(const NSArray& receiver, con
 
 /// For every object of the collection the index of the first equal (of the first identical) element. When one has none:
 /// nil, unless not-found is allowed, and then nothing for it.
-TOVI_EXPORT RefPtr<NSMutableIndexSet> indexesOfObjects_allowsNotFound(const NSArray& receiver, const NSObject& collection,
-                                                                      bool allowsNotFound);
+TOVI_EXPORT RefPtr<NSMutableIndexSet> indexesOfObjects_allowsNotFound(const NSArray& receiver,
+                                                                      const NSObject& collection, bool allowsNotFound);
 TOVI_EXPORT RefPtr<NSMutableIndexSet> indexesOfObjectsIdenticalTo_allowsNotFound(const NSArray& receiver,
                                                                                  const NSObject& collection,
                                                                                  bool allowsNotFound);

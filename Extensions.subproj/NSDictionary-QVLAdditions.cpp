@@ -57,10 +57,11 @@ Ref<NSSet> allKeysSet(const NSDictionary& receiver) { return NSSet::setWithArray
 Ref<NSSet> allValuesSet(const NSDictionary& receiver) { return NSSet::setWithArray(receiver.allValues()); }
 
 bool hasKey(const NSDictionary& receiver, const NSObject& key) {
-    NSAssertionHandler::currentHandler()->failInMethod(
-        "hasKey:"_sel, &receiver, "Extensions.subproj/NSDictionary-QVLAdditions", 73,
-        u"%@,%@ worst method ever! this is a DICTIONARY, key retrieving is O(log(n)), this method change it to O(n) !!! "
-        u"You should never use it!");
+    NSAssertionHandler::currentHandler()->failInMethod("hasKey:"_sel, &receiver,
+                                                       "Extensions.subproj/NSDictionary-QVLAdditions", 73,
+                                                       u"%@,%@ worst method ever! this is a DICTIONARY, key retrieving "
+                                                       u"is O(log(n)), this method change it to O(n) !!! "
+                                                       u"You should never use it!");
     return receiver.allKeys()->containsObject(key);
 }
 

@@ -12,9 +12,8 @@ inline namespace QVLAdditions {
 
 namespace {
 
-template <class Comparator>
-NSInteger insertionIndex(const NSMutableArray& list, NSObject& object, Comparator comparator, NSInteger start,
-                         bool allowsDuplicates) {
+template <class Comparator> NSInteger insertionIndex(const NSMutableArray& list, NSObject& object,
+                                                     Comparator comparator, NSInteger start, bool allowsDuplicates) {
     const NSUInteger count = list.count();
     if (count == 0)
         return 0;
@@ -24,8 +23,8 @@ NSInteger insertionIndex(const NSMutableArray& list, NSObject& object, Comparato
     return static_cast<NSInteger>(std::min(static_cast<NSUInteger>(place.index), count));
 }
 
-template <class Comparator>
-NSInteger insert(NSMutableArray& list, NSObject& object, Comparator comparator, NSInteger start, bool allowsDuplicates) {
+template <class Comparator> NSInteger insert(NSMutableArray& list, NSObject& object, Comparator comparator,
+                                             NSInteger start, bool allowsDuplicates) {
     const NSInteger index = insertionIndex(list, object, comparator, start, allowsDuplicates);
     if (index != NSNotFound)
         list.insertObject_atIndex(object, static_cast<NSUInteger>(index));
@@ -34,8 +33,10 @@ NSInteger insert(NSMutableArray& list, NSObject& object, Comparator comparator, 
 
 }  // namespace
 
-NSInteger insertionIndexOfObject_usingComparator_startingAtIndex_allowsDuplicates(
-    const NSMutableArray& receiver, NSObject& object, Selector comparator, NSInteger start, bool allowsDuplicates) {
+NSInteger insertionIndexOfObject_usingComparator_startingAtIndex_allowsDuplicates(const NSMutableArray& receiver,
+                                                                                  NSObject& object, Selector comparator,
+                                                                                  NSInteger start,
+                                                                                  bool allowsDuplicates) {
     return insertionIndex(receiver, object, comparator, start, allowsDuplicates);
 }
 
@@ -51,11 +52,8 @@ NSInteger insertObject_usingComparator_startingAtIndex_allowsDuplicates(NSMutabl
     return insert(receiver, object, comparator, start, allowsDuplicates);
 }
 
-NSInteger insertObject_usingComparatorFunction_startingAtIndex_allowsDuplicates(NSMutableArray& receiver,
-                                                                                NSObject& object,
-                                                                                ComparatorFunction comparator,
-                                                                                NSInteger start,
-                                                                                bool allowsDuplicates) {
+NSInteger insertObject_usingComparatorFunction_startingAtIndex_allowsDuplicates(
+    NSMutableArray& receiver, NSObject& object, ComparatorFunction comparator, NSInteger start, bool allowsDuplicates) {
     return insert(receiver, object, comparator, start, allowsDuplicates);
 }
 
@@ -106,7 +104,8 @@ void insertObjectsFromArray_atIndex(NSMutableArray& receiver, const NSArray& lis
     if (list.count() == 0)
         return;
     if (&list == &receiver)
-        return changeUnderEnumeration(receiver, [&](NSObject& object) { receiver.insertObject_atIndex(object, index); });
+        return changeUnderEnumeration(receiver,
+                                      [&](NSObject& object) { receiver.insertObject_atIndex(object, index); });
     if (index > receiver.count())
         receiver.insertObject_atIndex(list[0], index);  // raises
     receiver.replaceObjectsInRange_withObjectsFromArray({index, 0}, list);

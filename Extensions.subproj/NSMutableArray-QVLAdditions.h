@@ -6,9 +6,9 @@
 namespace tovi {
 inline namespace QVLAdditions {
 
-/// The index at which the object is to be inserted into a sorted list, found by halving. Elements before the start index
-/// are not considered; a start index at or past the end gives the count, and an empty list gives 0 whatever the start
-/// index. Comparator.h tells how the comparator is applied.
+/// The index at which the object is to be inserted into a sorted list, found by halving. Elements before the start
+/// index are not considered; a start index at or past the end gives the count, and an empty list gives 0 whatever the
+/// start index. Comparator.h tells how the comparator is applied.
 ///
 /// The search stops at the first element that it meets which compares as same: with duplicates allowed the answer is
 /// the place just after that one (not necessarily after the last of a run of equals), otherwise NSNotFound. A negative

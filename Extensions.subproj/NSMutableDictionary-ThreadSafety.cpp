@@ -8,8 +8,8 @@ inline namespace ThreadSafety {
 
 namespace {
 
-/// Does the work under a lock object of any class, which is kept alive and given back also when the work raises. Both of
-/// its operations are looked up before it is taken.
+/// Does the work under a lock object of any class, which is kept alive and given back also when the work raises. Both
+/// of its operations are looked up before it is taken.
 template <class Work> auto underLock(NSObject& lock, Work work) {
     const Ref<NSObject> held(lock);
     const Method& unlock = detail::methodFor(lock, "unlock"_sel);

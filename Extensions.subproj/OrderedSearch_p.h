@@ -22,8 +22,8 @@ struct HalvingResult {
     bool found;
 };
 
-/// Halves the list from the start index on. Signed indexes, rounded toward zero: a negative start may ask the list for an
-/// element that it does not have.
+/// Halves the list from the start index on. Signed indexes, rounded toward zero: a negative start may ask the list for
+/// an element that it does not have.
 template <class Compare> HalvingResult halve(const NSArray& list, NSInteger start, Compare compare) {
     NSInteger low = start;
     NSInteger high = static_cast<NSInteger>(list.count()) - 1;

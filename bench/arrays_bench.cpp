@@ -181,9 +181,8 @@ template <class Map> struct Occurrences {
 };
 
 /// Every index of every element of the collection, ascending.
-template <class Map>
-std::vector<std::uint32_t> abseilIndexes(const std::vector<SharedLong>& list,
-                                         const std::vector<SharedLong>& collection) {
+template <class Map> std::vector<std::uint32_t> abseilIndexes(const std::vector<SharedLong>& list,
+                                                              const std::vector<SharedLong>& collection) {
     const Occurrences<Map> occurring(list);
     std::vector<bool> marked(list.size());
     for (const SharedLong& each : collection)

@@ -103,12 +103,14 @@ template <class Ask> void compareNeighbours(State& state, bool mixed, Ask ask) {
 }
 
 template <bool mixed> void compareBySend(State& state) {
-    compareNeighbours(state, mixed, [](Account& a, Account& b) BENCH_INLINE { return send<NSInteger>(a, "compare:"_sel, b); });
+    compareNeighbours(state, mixed,
+                      [](Account& a, Account& b) BENCH_INLINE { return send<NSInteger>(a, "compare:"_sel, b); });
 }
 
 template <bool mixed> void compareAtSite(State& state) {
     MessageSite site("compare:"_sel);
-    compareNeighbours(state, mixed, [&site](Account& a, Account& b) BENCH_INLINE { return site.send<NSInteger>(a, b); });
+    compareNeighbours(state, mixed,
+                      [&site](Account& a, Account& b) BENCH_INLINE { return site.send<NSInteger>(a, b); });
 }
 
 template <bool mixed> void compareByVirtualCall(State& state) {
@@ -134,7 +136,8 @@ template <class Ask> void findRicher(State& state, Ask ask) {
 }
 
 void performSelector(State& state) {
-    findRicher(state, [](Account& a, Account& b) BENCH_INLINE { return a.performSelector_withObject("richer:"_sel, &b); });
+    findRicher(state,
+               [](Account& a, Account& b) BENCH_INLINE { return a.performSelector_withObject("richer:"_sel, &b); });
 }
 void richerByVirtualCall(State& state) {
     findRicher(state, [](Account& a, Account& b) BENCH_INLINE { return a.virtualRicher(b); });

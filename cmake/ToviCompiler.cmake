@@ -27,7 +27,8 @@ function(tovi_compile target)
     target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wconversion)
     if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
         # They find fault with the insides of std::string.
-        target_compile_options(${target} PRIVATE -Wno-restrict -Wno-array-bounds -Wno-stringop-overflow)
+        target_compile_options(${target} PRIVATE -Wno-restrict -Wno-array-bounds -Wno-stringop-overflow
+            -Wno-stringop-overread)
     endif()
     if(TOVI_SANITIZE)
         target_compile_options(${target} PRIVATE

@@ -18,8 +18,8 @@ public:
     tovi::NSUInteger number() const { return number_; }
     tovi::Ref<Person> sender() const { return sender_; }
     tovi::Ref<tovi::NSString> subject() const { return subject_; }  ///< empty where there is none
-    tovi::Ref<tovi::NSString> topic() const { return topic_; }      ///< the subject without "Re:", "[list]" and the like
-    tovi::RefPtr<tovi::NSDate> date() const { return date_; }       ///< nil when it is not known
+    tovi::Ref<tovi::NSString> topic() const { return topic_; }  ///< the subject without "Re:", "[list]" and the like
+    tovi::RefPtr<tovi::NSDate> date() const { return date_; }   ///< nil when it is not known
     tovi::RefPtr<tovi::NSString> messageID() const { return messageID_; }
     /// The ids of the messages before it in its conversation, the one that it answers last.
     tovi::Ref<tovi::NSArray> references() const { return references_; }

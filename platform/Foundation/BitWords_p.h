@@ -45,7 +45,8 @@ template <class F> void forEachWord(std::uint64_t* words, std::size_t from, std:
 }
 
 #ifdef __x86_64__
-__attribute__((target("popcnt"))) inline std::size_t countBitsQuickly(const std::uint64_t* words, std::size_t count) noexcept {
+__attribute__((target("popcnt"))) inline std::size_t countBitsQuickly(const std::uint64_t* words,
+                                                                      std::size_t count) noexcept {
     std::size_t sum = 0;
     for (std::size_t i = 0; i < count; ++i)
         sum += static_cast<std::size_t>(__builtin_popcountll(words[i]));

@@ -7,7 +7,8 @@
 
 namespace tovi {
 
-/// The one place that is asked for the time. The system's real-time clock answers, until a host puts another in its place.
+/// The one place that is asked for the time. The system's real-time clock answers, until a host puts another in its
+/// place.
 class TOVI_EXPORT Clock {
 public:
     virtual ~Clock();

@@ -11,7 +11,8 @@ namespace {
 using namespace std::string_view_literals;
 
 constexpr std::size_t indentation = 4;
-constexpr std::size_t deepestIndentation = 16;  // levels; deeper ones would make the text grow with the square of the depth
+constexpr std::size_t deepestIndentation =
+    16;  // levels; deeper ones would make the text grow with the square of the depth
 
 void appendIndentation(StringBuilder& text, std::size_t level) {
     text.append(std::min(level, deepestIndentation) * indentation, u' ');

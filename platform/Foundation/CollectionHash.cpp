@@ -53,7 +53,9 @@ public:
     NSUInteger result() const noexcept { return scattered(sum_ + count_); }
 
 private:
-    const auto& table() const noexcept { return CollectionAccess::table(static_cast<const NSDictionary&>(*collection_)); }
+    const auto& table() const noexcept {
+        return CollectionAccess::table(static_cast<const NSDictionary&>(*collection_));
+    }
     NSUInteger keyHash() const noexcept { return HashIndex::hash(table().index()[position_]); }
 
     const NSObject* current() noexcept {

@@ -18,7 +18,8 @@ void raiseMutatedWhileEnumerated(const NSObject& collection) {
 namespace {
 
 template <class Item> detail::ObjectRun runOver(const Item* begin, const Item* end, const std::uint32_t& mutations) {
-    return {reinterpret_cast<const std::byte*>(begin), reinterpret_cast<const std::byte*>(end), sizeof(Item), &mutations};
+    return {reinterpret_cast<const std::byte*>(begin), reinterpret_cast<const std::byte*>(end), sizeof(Item),
+            &mutations};
 }
 
 }  // namespace

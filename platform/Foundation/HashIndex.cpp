@@ -12,8 +12,7 @@
 
 namespace tovi::detail {
 
-HashIndex::HashIndex(const HashIndex& other)
-    : size_(other.size_), capacity_(other.capacity_), shift_(other.shift_) {
+HashIndex::HashIndex(const HashIndex& other) : size_(other.size_), capacity_(other.capacity_), shift_(other.shift_) {
     if (!size_)
         return;
     slots_ = reallocated<Slot>(nullptr, size_ + guards);

@@ -9,10 +9,11 @@ namespace tovi::detail {
 
 /// Finds places (in a row of entries) by 32-bit hashes. Several places may have the same hash.
 ///
-/// An index is a row of 64-bit slots, each a hash (upper half) and a number (lower half), the place counted from 1; 0 where
-/// it is empty. A slot's home is proportional to its hash, a slot stands at its home or behind it with no empty one between,
-/// and all are in descending order of their hashes. So looking up compares a few neighbours without branches, removing
-/// shifts slots back, and two indexes are compared, combined and grown by walking them from front to back.
+/// An index is a row of 64-bit slots, each a hash (upper half) and a number (lower half), the place counted from 1; 0
+/// where it is empty. A slot's home is proportional to its hash, a slot stands at its home or behind it with no empty
+/// one between, and all are in descending order of their hashes. So looking up compares a few neighbours without
+/// branches, removing shifts slots back, and two indexes are compared, combined and grown by walking them from front to
+/// back.
 class TOVI_EXPORT HashIndex {
 public:
     using Slot = std::uint64_t;
@@ -36,7 +37,8 @@ public:
     /// How many slots there are, empty ones included.
     std::size_t size() const noexcept { return size_; }
     Slot operator[](std::size_t i) const noexcept { return slots_[i]; }
-    /// Calls `use(slots, count)` with the slots that are not empty, a batch at a time, until it answers false; answers that.
+    /// Calls `use(slots, count)` with the slots that are not empty, a batch at a time, until it answers false; answers
+    /// that.
     template <class F> bool forEachBatch(F use) const;
 
     /// Where the slots of that hash begin, or would. Only when there is room for a slot.
@@ -49,7 +51,9 @@ public:
                 return i + before;
         }
     }
-    bool holds(std::size_t i, std::uint32_t hash) const noexcept { return slots_[i] && HashIndex::hash(slots_[i]) == hash; }
+    bool holds(std::size_t i, std::uint32_t hash) const noexcept {
+        return slots_[i] && HashIndex::hash(slots_[i]) == hash;
+    }
 
     /// Room for so many slots in all.
     void reserve(std::size_t count) {

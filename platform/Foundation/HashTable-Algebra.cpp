@@ -6,8 +6,9 @@
 
 namespace tovi::detail {
 
-// Looks every key up in the other table, which is not empty, and calls `use` with its slot and whether it was found, until
-// it answers false. Both indexes are walked from front to back; the entries, which lie anywhere, are fetched ahead.
+// Looks every key up in the other table, which is not empty, and calls `use` with its slot and whether it was found,
+// until it answers false. Both indexes are walked from front to back; the entries, which lie anywhere, are fetched
+// ahead.
 template <class Entry> template <class F> bool HashTable<Entry>::lookUpIn(const HashTable& other, F use) const {
     return index_.forEachBatch([&](const HashIndex::Slot* slots, std::size_t count) {
         std::size_t positions[HashIndex::largestBatch];
@@ -26,8 +27,7 @@ template <class Entry> template <class F> bool HashTable<Entry>::lookUpIn(const 
 }
 
 template <class Entry> bool HashTable<Entry>::areAllIn(const HashTable& other) const {
-    return !count_ ||
-           (count_ <= other.count_ && lookUpIn(other, [](HashIndex::Slot, bool found) { return found; }));
+    return !count_ || (count_ <= other.count_ && lookUpIn(other, [](HashIndex::Slot, bool found) { return found; }));
 }
 
 template <class Entry> bool HashTable<Entry>::areAnyIn(const HashTable& other) const {

@@ -6,8 +6,8 @@
 #include <ToviFoundationKit/Foundation/IndexBlocks.h>
 #include <ToviFoundationKit/Foundation/Storage_p.h>
 
-// Two sets are combined chunk by chunk where one of them has bits, and run by run between those chunks. Which set has the
-// next run cannot be predicted, so the loops over runs choose by arithmetic and not by branches.
+// Two sets are combined chunk by chunk where one of them has bits, and run by run between those chunks. Which set has
+// the next run cannot be predicted, so the loops over runs choose by arithmetic and not by branches.
 
 namespace tovi::detail {
 
@@ -109,7 +109,8 @@ public:
     }
 
     template <class Operation> void putChunk(NSUInteger chunk, const NSUInteger* a, const NSUInteger* b) {
-        std::unique_ptr<NSUInteger, decltype(&std::free)> bits(reallocated<NSUInteger>(nullptr, chunkWords), &std::free);
+        std::unique_ptr<NSUInteger, decltype(&std::free)> bits(reallocated<NSUInteger>(nullptr, chunkWords),
+                                                               &std::free);
         NSUInteger* const words = bits.get();
         for (std::size_t i = 0; i < chunkWords; ++i)
             words[i] = Operation::combineWords(a[i], b[i]);
@@ -224,7 +225,9 @@ template <class Operation> IndexBlocks IndexBlocks::combined(const IndexBlocks& 
 }
 
 IndexBlocks IndexBlocks::united(const IndexBlocks& a, const IndexBlocks& b) { return combined<Union>(a, b); }
-IndexBlocks IndexBlocks::intersected(const IndexBlocks& a, const IndexBlocks& b) { return combined<Intersection>(a, b); }
+IndexBlocks IndexBlocks::intersected(const IndexBlocks& a, const IndexBlocks& b) {
+    return combined<Intersection>(a, b);
+}
 IndexBlocks IndexBlocks::subtracted(const IndexBlocks& a, const IndexBlocks& b) { return combined<Difference>(a, b); }
 
 }  // namespace tovi::detail

@@ -68,7 +68,8 @@ IndexBlocks::Cursor IndexBlocks::from(NSUInteger index) const noexcept {
     return Cursor(*this, blocks - 1, block.end(run - 1) > index ? run - 1 : run, index);
 }
 
-IndexBlocks::Cursor::Cursor(const IndexBlocks& blocks, std::size_t block, std::size_t position, NSUInteger from) noexcept
+IndexBlocks::Cursor::Cursor(const IndexBlocks& blocks, std::size_t block, std::size_t position,
+                            NSUInteger from) noexcept
     : blocks_(&blocks.blocks_), block_(block), position_(position), piece_(nextPiece()) {
     if (piece_.length && piece_.location < from)
         piece_ = {from, piece_.end() - from};
@@ -116,8 +117,8 @@ bool operator==(const IndexBlocks& a, const IndexBlocks& b) noexcept {
 
 // --- Runs ------------------------------------------------------------------------------------------------------------
 
-// Where a run that starts behind the index would be inserted. Never inside a chunk of bits, nor behind one that holds the
-// index.
+// Where a run that starts behind the index would be inserted. Never inside a chunk of bits, nor behind one that holds
+// the index.
 IndexBlocks::Place IndexBlocks::placeBehind(NSUInteger index) const noexcept {
     const std::size_t blocks = blocksStartingUpTo(index);
     if (!blocks)
@@ -172,8 +173,8 @@ IndexBlocks::Place IndexBlocks::besideRuns(Place place) const noexcept {
     return place;
 }
 
-// Room for one more run; answers where the place has gone. A full block at the end of all is left full, for indexes that
-// come in ascending order.
+// Room for one more run; answers where the place has gone. A full block at the end of all is left full, for indexes
+// that come in ascending order.
 IndexBlocks::Place IndexBlocks::makeRoom(Place place) {
     if (place.block == blocks_.size() || blocks_[place.block].isBits())
         addBlock(place.block, 1);

@@ -9,8 +9,8 @@
 namespace tovi::detail {
 
 /// Ascending indexes, in blocks. Most blocks hold up to some hundred runs of indexes; where many runs stand close
-/// together, a block holds a bit for each index of an aligned chunk. No run reaches into such a chunk, and the blocks are
-/// in order. Finding takes two binary searches at most; changing moves at most one block.
+/// together, a block holds a bit for each index of an aligned chunk. No run reaches into such a chunk, and the blocks
+/// are in order. Finding takes two binary searches at most; changing moves at most one block.
 class TOVI_EXPORT IndexBlocks {
 public:
     class Cursor;

@@ -35,7 +35,7 @@ inline void sortByKeys(std::vector<Keyed>& items) {
         std::array<std::size_t, 256>& starts = counts[byte];
         if (starts[items[0].key >> 8 * byte & 0xFF] == items.size())
             continue;
-        for (std::size_t start = 0; std::size_t& count : starts)
+        for (std::size_t start = 0; std::size_t & count : starts)
             start += std::exchange(count, start);
         for (const Keyed& item : items)
             sorted[starts[item.key >> 8 * byte & 0xFF]++] = item;
@@ -46,7 +46,8 @@ inline void sortByKeys(std::vector<Keyed>& items) {
 /// Puts objects of one key into the order of a comparison.
 template <class After> void sortWithinKeys(std::vector<Keyed>& items, After after) {
     for (auto begin = items.begin(); begin != items.end();) {
-        const auto end = std::find_if(begin, items.end(), [key = begin->key](const Keyed& each) { return each.key != key; });
+        const auto end =
+            std::find_if(begin, items.end(), [key = begin->key](const Keyed& each) { return each.key != key; });
         mergeSort(std::span(begin, end), [&](const Keyed& a, const Keyed& b) { return after(*a.object, *b.object); });
         begin = end;
     }

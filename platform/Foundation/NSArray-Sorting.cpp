@@ -62,8 +62,8 @@ std::optional<std::uint64_t> realKey(const NSObject& object) {
     return bits & signBit ? ~bits : bits | signBit;
 }
 
-// The first eight units decide between texts that differ in them, as long as they are ASCII: these are the same in every
-// normal form.
+// The first eight units decide between texts that differ in them, as long as they are ASCII: these are the same in
+// every normal form.
 std::optional<std::uint64_t> textKey(const NSObject& object) {
     if (&object.isa() != &NSString::classObject() && &object.isa() != &NSMutableString::classObject())
         return std::nullopt;

@@ -8,10 +8,10 @@
 #include <ToviFoundationKit/Foundation/Enumerators_p.h>
 #include <ToviFoundationKit/Foundation/NSIndexSet.h>
 #include <ToviFoundationKit/Foundation/NSMutableArray.h>
+#include <ToviFoundationKit/Foundation/NSNull.h>
 #include <ToviFoundationKit/Runtime/Additions.h>
 #include <ToviFoundationKit/Runtime/Message.h>
 #include <ToviFoundationKit/Runtime/NSException.h>
-#include <ToviFoundationKit/Foundation/NSNull.h>
 
 namespace tovi {
 
@@ -72,10 +72,10 @@ Ref<NSArray> NSArray::arrayTakingObjects(std::span<Ref<NSObject>> objects) {
 
 void NSArray::raiseOutOfBounds(const char* selector, NSUInteger index) const {
     if (!count_)
-        NSException::raise(NSRangeException, u"*** -[%s %s]: index %lu beyond bounds for empty array", isa().name(), selector,
-                           index);
-    NSException::raise(NSRangeException, u"*** -[%s %s]: index %lu beyond bounds [0 .. %lu]", isa().name(), selector, index,
-                       count_ - 1);
+        NSException::raise(NSRangeException, u"*** -[%s %s]: index %lu beyond bounds for empty array", isa().name(),
+                           selector, index);
+    NSException::raise(NSRangeException, u"*** -[%s %s]: index %lu beyond bounds [0 .. %lu]", isa().name(), selector,
+                       index, count_ - 1);
 }
 
 void NSArray::checkRange(const char* selector, NSRange range) const {
@@ -84,8 +84,8 @@ void NSArray::checkRange(const char* selector, NSRange range) const {
     if (!count_)
         NSException::raise(NSRangeException, u"*** -[%s %s]: range {%lu, %lu} extends beyond bounds for empty array",
                            isa().name(), selector, range.location, range.length);
-    NSException::raise(NSRangeException, u"*** -[%s %s]: range {%lu, %lu} extends beyond bounds [0 .. %lu]", isa().name(),
-                       selector, range.location, range.length, count_ - 1);
+    NSException::raise(NSRangeException, u"*** -[%s %s]: range {%lu, %lu} extends beyond bounds [0 .. %lu]",
+                       isa().name(), selector, range.location, range.length, count_ - 1);
 }
 
 Ref<NSEnumerator> NSArray::objectEnumerator() const { return detail::enumeratorOver(*this); }

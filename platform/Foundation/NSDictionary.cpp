@@ -58,9 +58,10 @@ void NSDictionary::setAll(std::initializer_list<NSKeyValuePair> pairs) {
 
 void NSDictionary::setAll(const NSArray& objects, const NSArray& keys) {
     if (objects.count() != keys.count())
-        NSException::raise(NSInvalidArgumentException,
-                           u"*** +[%s dictionaryWithObjects:forKeys:]: count of objects (%lu) differs from count of keys (%lu)",
-                           isa().name(), objects.count(), keys.count());
+        NSException::raise(
+            NSInvalidArgumentException,
+            u"*** +[%s dictionaryWithObjects:forKeys:]: count of objects (%lu) differs from count of keys (%lu)",
+            isa().name(), objects.count(), keys.count());
     table_.reserve(keys.count());
     for (NSUInteger i = 0; i < keys.count(); ++i)
         set(objects[i], keys[i]);

@@ -15,8 +15,8 @@ struct NSKeyValuePair {
 };
 
 /// Values under keys. Keys are compared by equality and copied when they are added; a key without copies raises
-/// NSInvalidArgumentException. Everything that enumerates keys or values does so in the order in which the keys were first
-/// added; a value that is replaced keeps its place. What NSArray says about depth holds here too.
+/// NSInvalidArgumentException. Everything that enumerates keys or values does so in the order in which the keys were
+/// first added; a value that is replaced keeps its place. What NSArray says about depth holds here too.
 class TOVI_EXPORT NSDictionary : public NSObject {
     TOVI_DECLARE_CLASS(NSDictionary)
 

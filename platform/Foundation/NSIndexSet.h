@@ -43,8 +43,8 @@ public:
 
     bool isEqual(const NSObject* other) const override;
     NSUInteger hash() const override;
-    /// "<NSIndexSet: 0x...>[number of indexes: 3 (in 2 ranges), indexes: (0-1 5)]"; "(no indexes)" after the address when
-    /// it is empty.
+    /// "<NSIndexSet: 0x...>[number of indexes: 3 (in 2 ranges), indexes: (0-1 5)]"; "(no indexes)" after the address
+    /// when it is empty.
     Ref<NSString> description() const override;
     Ref<NSObject> copy() const override;
     Ref<NSObject> mutableCopy() const override;  ///< an NSMutableIndexSet

@@ -6,8 +6,9 @@
 
 namespace tovi {
 
-/// A lock that one thread takes and any thread, not only that one, may give back. Not recursive: taking it twice waits for
-/// somebody else to unlock. It meets the standard library's Lockable requirements, for `std::lock_guard` and its kin.
+/// A lock that one thread takes and any thread, not only that one, may give back. Not recursive: taking it twice waits
+/// for somebody else to unlock. It meets the standard library's Lockable requirements, for `std::lock_guard` and its
+/// kin.
 class TOVI_EXPORT NSLock final : public NSObject {
     TOVI_DECLARE_CLASS(NSLock)
 

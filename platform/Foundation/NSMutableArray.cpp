@@ -73,8 +73,9 @@ void NSMutableArray::willChange(const char* selector) const {
 // --- Storage ---------------------------------------------------------------------------------------------------------
 //
 // The elements lie somewhere in the storage, with room before and behind. A gap in the middle is made by moving the
-// shorter side; where only the other side has room it is moved as long as that costs little more. When there is no room,
-// the elements get new storage, or a new place in the old one when most of it is empty, with the room where it is wanted.
+// shorter side; where only the other side has room it is moved as long as that costs little more. When there is no
+// room, the elements get new storage, or a new place in the old one when most of it is empty, with the room where it is
+// wanted.
 
 void NSMutableArray::relocate(NSUInteger before, NSUInteger capacity) {
     if (capacity == roomBefore() + roomBehind_) {
@@ -323,7 +324,8 @@ const Additions<NSMutableArray> additions{
     instance<&NSMutableArray::insertObject_atIndex>("insertObject:atIndex:"),
     instance<&NSMutableArray::replaceObjectAtIndex_withObject>("replaceObjectAtIndex:withObject:"),
     instance<&NSMutableArray::exchangeObjectAtIndex_withObjectAtIndex>("exchangeObjectAtIndex:withObjectAtIndex:"),
-    instance<&NSMutableArray::replaceObjectsInRange_withObjectsFromArray>("replaceObjectsInRange:withObjectsFromArray:"),
+    instance<&NSMutableArray::replaceObjectsInRange_withObjectsFromArray>(
+        "replaceObjectsInRange:withObjectsFromArray:"),
     instance<&NSMutableArray::setArray>("setArray:"),
     instance<&NSMutableArray::removeObjectAtIndex>("removeObjectAtIndex:"),
     instance<&NSMutableArray::removeLastObject>("removeLastObject"),

@@ -4,10 +4,11 @@
 
 namespace tovi {
 
-/// A list that can be changed. Adding and removing are fast at both ends, and move the shorter side in the middle. Not for
-/// several threads at once.
+/// A list that can be changed. Adding and removing are fast at both ends, and move the shorter side in the middle. Not
+/// for several threads at once.
 ///
-/// An operation that raises NSRangeException has changed nothing. The list may turn out immutable (see `immutableArray`).
+/// An operation that raises NSRangeException has changed nothing. The list may turn out immutable (see
+/// `immutableArray`).
 class TOVI_EXPORT NSMutableArray : public NSArray {
 public:
     static Class& classObject() noexcept { return class_.value; }

@@ -18,7 +18,8 @@ Ref<NSMutableDictionary> NSMutableDictionary::dictionaryWithDictionary(const NSD
     return adopt(*new NSMutableDictionary(other.table_));
 }
 
-Ref<NSMutableDictionary> NSMutableDictionary::dictionaryWithObjects_forKeys(const NSArray& objects, const NSArray& keys) {
+Ref<NSMutableDictionary> NSMutableDictionary::dictionaryWithObjects_forKeys(const NSArray& objects,
+                                                                            const NSArray& keys) {
     Ref<NSMutableDictionary> result = dictionary();
     result->setAll(objects, keys);
     return result;

@@ -14,7 +14,9 @@ public:
     static Ref<NSMutableSet> setWithObject(NSObject& object);
     static Ref<NSMutableSet> setWithArray(const NSArray& array);
     static Ref<NSMutableSet> setWithSet(const NSSet& other);
-    template <class... A> static Ref<NSMutableSet> of(const A&... values) { return setWithArray(NSArray::of(values...)); }
+    template <class... A> static Ref<NSMutableSet> of(const A&... values) {
+        return setWithArray(NSArray::of(values...));
+    }
     template <std::ranges::input_range R> static Ref<NSMutableSet> from(R&& values) {
         return setWithArray(NSArray::from(std::forward<R>(values)));
     }

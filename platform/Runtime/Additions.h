@@ -13,19 +13,22 @@ template <class Receiver> struct MethodEntry {
 
 /// A function whose first parameter is the receiver, or a member function, as an operation of instances.
 template <auto function> auto instance(const char* name) {
-    using Entry = typename detail::EntryOf<detail::ConstantSource<function>, std::remove_const_t<decltype(function)>>::Instance;
+    using Entry =
+        typename detail::EntryOf<detail::ConstantSource<function>, std::remove_const_t<decltype(function)>>::Instance;
     return MethodEntry<typename Entry::Receiver>{name, Entry::method()};
 }
 
 /// A function without receiver as a class-level operation.
 template <auto function> auto classLevel(const char* name) {
-    using Entry = typename detail::EntryOf<detail::ConstantSource<function>, std::remove_const_t<decltype(function)>>::Receiverless;
+    using Entry = typename detail::EntryOf<detail::ConstantSource<function>,
+                                           std::remove_const_t<decltype(function)>>::Receiverless;
     return MethodEntry<void>{name, Entry::method(), true};
 }
 
 /// A function whose first parameter is the class that received the message, as a class-level operation.
 template <auto function> auto classReceiver(const char* name) {
-    using Entry = typename detail::EntryOf<detail::ConstantSource<function>, std::remove_const_t<decltype(function)>>::Instance;
+    using Entry =
+        typename detail::EntryOf<detail::ConstantSource<function>, std::remove_const_t<decltype(function)>>::Instance;
     static_assert(std::is_same_v<typename Entry::Receiver, Class>);
     return MethodEntry<void>{name, Entry::method(), true};
 }
@@ -38,7 +41,7 @@ template <auto function> auto classReceiver(const char* name) {
 ///     };
 template <class T> struct Additions {
     template <class... Receiver> explicit Additions(const MethodEntry<Receiver>&... entries) {
-        static_assert(((std::is_void_v<Receiver> || std::is_base_of_v<Receiver, T>) && ...),
+        static_assert(((std::is_void_v<Receiver> || std::is_base_of_v<Receiver, T>)&&...),
                       "the operation's receiver is another class");
         (add(entries.name, entries.method, entries.classLevel), ...);
     }

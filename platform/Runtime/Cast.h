@@ -24,11 +24,7 @@ template <class T> Ref<T> to(NSObject* object) {
         return *found;
     detail::raiseWrongClass(object, T::classObject());
 }
-template <class T> Ref<T> to(const id& object) {
-    return to<T>(object.get());
-}
-template <class T> Ref<T> to(const Ref<NSObject>& object) {
-    return to<T>(object.get());
-}
+template <class T> Ref<T> to(const id& object) { return to<T>(object.get()); }
+template <class T> Ref<T> to(const Ref<NSObject>& object) { return to<T>(object.get()); }
 
 }  // namespace tovi

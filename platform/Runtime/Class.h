@@ -50,8 +50,8 @@ private:
     mutable PublishedMap<CacheTraits> cache_;
 };
 
-/// A class: its name, its superclass, how to make an instance, and its operations. Classes are objects too; a message to
-/// a class reaches its class-level operations. They are made with TOVI_CLASS and live until the process ends.
+/// A class: its name, its superclass, how to make an instance, and its operations. Classes are objects too; a message
+/// to a class reaches its class-level operations. They are made with TOVI_CLASS and live until the process ends.
 class TOVI_EXPORT Class final : public NSObject {
 public:
     struct Recipe {
@@ -162,55 +162,53 @@ template <class F> void Class::addClassMethod(Selector selector, F callable) {
 /// It gives the class its run-time form, with a factory when the class can be made without arguments (a private
 /// constructor will do), and conformance to copying when it, or a class above it, overrides `copy` or `mutableCopy`.
 /// A class in a namespace of the host's is registered under its bare name.
-#define TOVI_CLASS(Self, Super)                                                                        \
-public:                                                                                                \
-    static ::tovi::Class& classObject() noexcept { return class_.value; }                              \
-    ::tovi::Class& isa() const noexcept override { return class_.value; }                              \
-    const ::tovi::DispatchTable& dispatchTable() const noexcept override {                             \
-        return class_.value.instanceMethods();                                                         \
-    }                                                                                                  \
-                                                                                                       \
-protected:                                                                                             \
-    TOVI_CLASS_RECIPE(Self)                                                                            \
-    inline static constinit ::tovi::detail::ImmortalClass class_{                                      \
-        ::tovi::Class::Recipe{#Self, &Super::class_.value, &makeInstance_<Self>, &protocols_<Self>}};  \
-    inline static const ::tovi::ClassRegistrar registrar_{class_.value};                               \
-                                                                                                       \
+#define TOVI_CLASS(Self, Super)                                                                                     \
+public:                                                                                                             \
+    static ::tovi::Class& classObject() noexcept { return class_.value; }                                           \
+    ::tovi::Class& isa() const noexcept override { return class_.value; }                                           \
+    const ::tovi::DispatchTable& dispatchTable() const noexcept override { return class_.value.instanceMethods(); } \
+                                                                                                                    \
+protected:                                                                                                          \
+    TOVI_CLASS_RECIPE(Self)                                                                                         \
+    inline static constinit ::tovi::detail::ImmortalClass class_{                                                   \
+        ::tovi::Class::Recipe{#Self, &Super::class_.value, &makeInstance_<Self>, &protocols_<Self>}};               \
+    inline static const ::tovi::ClassRegistrar registrar_{class_.value};                                            \
+                                                                                                                    \
 private:
 
 /// The same for a class of a library: the run-time form is defined once, with TOVI_DEFINE_CLASS in the source file.
-#define TOVI_DECLARE_CLASS(Self)                                                                       \
-public:                                                                                                \
-    static ::tovi::Class& classObject() noexcept { return class_.value; }                              \
-    ::tovi::Class& isa() const noexcept override { return class_.value; }                              \
-    const ::tovi::DispatchTable& dispatchTable() const noexcept override {                             \
-        return class_.value.instanceMethods();                                                         \
-    }                                                                                                  \
-                                                                                                       \
-protected:                                                                                             \
-    TOVI_CLASS_RECIPE(Self)                                                                            \
-    static ::tovi::detail::ImmortalClass class_;                                                       \
-    static const ::tovi::ClassRegistrar registrar_;                                                    \
-                                                                                                       \
+#define TOVI_DECLARE_CLASS(Self)                                                                                    \
+public:                                                                                                             \
+    static ::tovi::Class& classObject() noexcept { return class_.value; }                                           \
+    ::tovi::Class& isa() const noexcept override { return class_.value; }                                           \
+    const ::tovi::DispatchTable& dispatchTable() const noexcept override { return class_.value.instanceMethods(); } \
+                                                                                                                    \
+protected:                                                                                                          \
+    TOVI_CLASS_RECIPE(Self)                                                                                         \
+    static ::tovi::detail::ImmortalClass class_;                                                                    \
+    static const ::tovi::ClassRegistrar registrar_;                                                                 \
+                                                                                                                    \
 private:
 
-#define TOVI_DEFINE_CLASS(Self, Super)                                                                 \
-    constinit ::tovi::detail::ImmortalClass Self::class_{                                              \
-        ::tovi::Class::Recipe{#Self, &Super::class_.value, &makeInstance_<Self>, &protocols_<Self>}};  \
+#define TOVI_DEFINE_CLASS(Self, Super)                                                                \
+    constinit ::tovi::detail::ImmortalClass Self::class_{                                             \
+        ::tovi::Class::Recipe{#Self, &Super::class_.value, &makeInstance_<Self>, &protocols_<Self>}}; \
     const ::tovi::ClassRegistrar Self::registrar_{class_.value};
 
-#define TOVI_CLASS_RECIPE(Self)                                                                        \
-    template <class T> static ::tovi::NSObject* makeInstance_() {                                      \
-        if constexpr (requires { new T(); }) return new T();                                           \
-        else return nullptr;                                                                           \
-    }                                                                                                  \
-    template <class T> static unsigned protocols_() {                                                  \
-        unsigned result = 0;                                                                           \
-        if constexpr (!::tovi::detail::isOfNSObject<decltype(&T::copy)>)                               \
-            result |= static_cast<unsigned>(::tovi::Protocol::NSCopying);                              \
-        if constexpr (!::tovi::detail::isOfNSObject<decltype(&T::mutableCopy)>)                        \
-            result |= static_cast<unsigned>(::tovi::Protocol::NSMutableCopying);                       \
-        return result;                                                                                 \
+#define TOVI_CLASS_RECIPE(Self)                                                  \
+    template <class T> static ::tovi::NSObject* makeInstance_() {                \
+        if constexpr (requires { new T(); })                                     \
+            return new T();                                                      \
+        else                                                                     \
+            return nullptr;                                                      \
+    }                                                                            \
+    template <class T> static unsigned protocols_() {                            \
+        unsigned result = 0;                                                     \
+        if constexpr (!::tovi::detail::isOfNSObject<decltype(&T::copy)>)         \
+            result |= static_cast<unsigned>(::tovi::Protocol::NSCopying);        \
+        if constexpr (!::tovi::detail::isOfNSObject<decltype(&T::mutableCopy)>)  \
+            result |= static_cast<unsigned>(::tovi::Protocol::NSMutableCopying); \
+        return result;                                                           \
     }
 
 }  // namespace tovi

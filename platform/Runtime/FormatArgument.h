@@ -17,8 +17,7 @@ class FormatArgument {
 public:
     enum class Type : std::uint8_t { Signed, Unsigned, Real, Object, Text8, Text16, Character, Pointer };
 
-    template <std::integral T>
-    FormatArgument(T value) noexcept : size_(sizeof(T)) {
+    template <std::integral T> FormatArgument(T value) noexcept : size_(sizeof(T)) {
         if constexpr (std::same_as<T, char16_t> || std::same_as<T, char32_t>) {
             type_ = Type::Character;
             integer_ = static_cast<std::int64_t>(value);
@@ -28,8 +27,8 @@ public:
         }
     }
     template <class T>
-        requires std::is_enum_v<T>
-    FormatArgument(T value) noexcept : FormatArgument(static_cast<std::underlying_type_t<T>>(value)) {}
+        requires std::is_enum_v<T> FormatArgument(T value)
+    noexcept : FormatArgument(static_cast<std::underlying_type_t<T>>(value)) {}
     FormatArgument(double value) noexcept : type_(Type::Real), real_(value) {}
     FormatArgument(const NSObject& object) noexcept : type_(Type::Object), object_(&object) {}
     FormatArgument(const NSObject* object) noexcept : type_(Type::Object), object_(object) {}

@@ -45,7 +45,8 @@ template <class R, class... A> inline constexpr std::uint64_t signatureCode = []
 template <class R, class... A>
 inline constexpr std::array<const char*, 3 + sizeof...(A)> encodings{encodingOf<R>(), "@", ":", encodingOf<A>()...};
 
-template <class R, class... A> using DirectEntry = CanonicalResult<R> (*)(const Method&, NSObject&, CanonicalArgument<A>...);
+template <class R, class... A>
+using DirectEntry = CanonicalResult<R> (*)(const Method&, NSObject&, CanonicalArgument<A>...);
 
 [[noreturn]] TOVI_EXPORT void raiseNilArgument(const Method& method, const NSObject& receiver, std::size_t index);
 /// Raises when the argument is not of the expected class.
@@ -71,28 +72,42 @@ template <class U, class Self> [[gnu::always_inline]] inline U* acceptObject(NSO
     return static_cast<U*>(object);
 }
 
-template <class U, class Self> [[gnu::always_inline]] inline U& acceptPresentObject(NSObject* object, const Call& call) {
+template <class U, class Self>
+[[gnu::always_inline]] inline U& acceptPresentObject(NSObject* object, const Call& call) {
     if (!object) [[unlikely]]
         raiseNilArgument(call.method, call.receiver, call.index);
     return *acceptObject<U, Self>(object, call);
 }
 
 template <class T> struct Pointee;
-template <class U> struct Pointee<Ref<U>> { using type = U; static constexpr bool present = true; };
-template <class U> struct Pointee<RefPtr<U>> { using type = U; static constexpr bool present = false; };
+template <class U> struct Pointee<Ref<U>> {
+    using type = U;
+    static constexpr bool present = true;
+};
+template <class U> struct Pointee<RefPtr<U>> {
+    using type = U;
+    static constexpr bool present = false;
+};
 
 /// A canonical argument as the parameter type T that the operation of class Self declares.
-template <class T, class Self> [[gnu::always_inline]] inline decltype(auto) accept(CanonicalArgument<T> value, const Call& call) {
+template <class T, class Self>
+[[gnu::always_inline]] inline decltype(auto) accept(CanonicalArgument<T> value, const Call& call) {
     using B = Bare<T>;
     if constexpr (kindOf<T>() != ValueKind::Object) {
-        if constexpr (kindOf<T>() == ValueKind::Function) return reinterpret_cast<B>(value);
-        else return static_cast<B>(value);
+        if constexpr (kindOf<T>() == ValueKind::Function)
+            return reinterpret_cast<B>(value);
+        else
+            return static_cast<B>(value);
     } else if constexpr (isRef<B>) {
         using U = typename Pointee<B>::type;
-        if constexpr (Pointee<B>::present) return B(acceptPresentObject<U, Self>(value, call));
-        else return B(acceptObject<U, Self>(value, call));
-    } else if constexpr (std::is_pointer_v<B>) return acceptObject<std::remove_pointer_t<B>, Self>(value, call);
-    else return acceptPresentObject<std::remove_reference_t<T>, Self>(value, call);
+        if constexpr (Pointee<B>::present)
+            return B(acceptPresentObject<U, Self>(value, call));
+        else
+            return B(acceptObject<U, Self>(value, call));
+    } else if constexpr (std::is_pointer_v<B>)
+        return acceptObject<std::remove_pointer_t<B>, Self>(value, call);
+    else
+        return acceptPresentObject<std::remove_reference_t<T>, Self>(value, call);
 }
 
 /// Where the code of an operation is: a constant known at compile time, or a callable kept with the method.
@@ -130,22 +145,25 @@ template <class Source, class Self, class R, class... A> struct Entry {
     }
 
 private:
-    template <std::size_t... i>
-    static CanonicalResult<R> call(const Method& method, NSObject& receiver, std::index_sequence<i...>,
-                                   CanonicalArgument<A>... arguments) {
+    template <std::size_t... i> static CanonicalResult<R> call(const Method& method, NSObject& receiver,
+                                                               std::index_sequence<i...>,
+                                                               CanonicalArgument<A>... arguments) {
         const auto invoke = [&]() -> decltype(auto) {
             if constexpr (std::is_void_v<Self>)
                 return Source::invoke(method, accept<A, Self>(arguments, Call{method, receiver, i})...);
             else
-                return Source::invoke(method, static_cast<Self&>(receiver), accept<A, Self>(arguments, Call{method, receiver, i})...);
+                return Source::invoke(method, static_cast<Self&>(receiver),
+                                      accept<A, Self>(arguments, Call{method, receiver, i})...);
         };
-        if constexpr (std::is_void_v<R>) invoke();
-        else return canonical<R>(invoke());
+        if constexpr (std::is_void_v<R>)
+            invoke();
+        else
+            return canonical<R>(invoke());
     }
 
-    template <std::size_t... i>
-    static void unpack(const Method& method, NSObject& receiver, [[maybe_unused]] const MessageValue* arguments,
-                       [[maybe_unused]] MessageValue& result, std::index_sequence<i...>) {
+    template <std::size_t... i> static void unpack(const Method& method, NSObject& receiver,
+                                                   [[maybe_unused]] const MessageValue* arguments,
+                                                   [[maybe_unused]] MessageValue& result, std::index_sequence<i...>) {
         if constexpr (std::is_void_v<R>) {
             direct(method, receiver, arguments[i].template raw<CanonicalArgument<A>>()...);
         } else {
@@ -177,7 +195,9 @@ template <class Source, class R, class... A> struct EntryOf<Source, R (*)(A...) 
 
 template <class Operator> struct PlainFunction;
 template <class R, class L, class... A> struct PlainFunction<R (L::*)(A...) noexcept> { using type = R (*)(A...); };
-template <class R, class L, class... A> struct PlainFunction<R (L::*)(A...) const noexcept> { using type = R (*)(A...); };
+template <class R, class L, class... A> struct PlainFunction<R (L::*)(A...) const noexcept> {
+    using type = R (*)(A...);
+};
 template <class R, class L, class... A> struct PlainFunction<R (L::*)(A...)> { using type = R (*)(A...); };
 template <class R, class L, class... A> struct PlainFunction<R (L::*)(A...) const> { using type = R (*)(A...); };
 template <class L> using LambdaEntry = EntryOf<StoredSource<L>, typename PlainFunction<decltype(&L::operator())>::type>;

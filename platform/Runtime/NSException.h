@@ -11,8 +11,8 @@ namespace tovi {
 
 class NSDictionary;
 
-/// A programming error or a broken agreement: a name to tell kinds apart, a reason for people, and perhaps more. Thrown by
-/// value; copies share their strings and never throw.
+/// A programming error or a broken agreement: a name to tell kinds apart, a reason for people, and perhaps more. Thrown
+/// by value; copies share their strings and never throw.
 class TOVI_EXPORT NSException : public std::exception {
 public:
     NSException(const NSString& name, RefPtr<NSString> reason, RefPtr<NSDictionary> userInfo = nullptr);

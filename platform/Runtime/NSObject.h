@@ -22,7 +22,8 @@ namespace detail {
 union ImmortalClass;
 }
 
-/// What a class can be asked to do by convention. A class conforms when it, or a class above it, overrides the operation.
+/// What a class can be asked to do by convention. A class conforms when it, or a class above it, overrides the
+/// operation.
 enum class Protocol : std::uint8_t { NSCopying = 1, NSMutableCopying = 2 };
 
 /// The root class: a reference count, a class, equality, a hash, a description, copies and messages.
@@ -66,8 +67,8 @@ public:
     id performSelector_withObject_withObject_withObject(Selector selector, NSObject* first, NSObject* second,
                                                         NSObject* third);
 
-    /// The value named by the key: the answer of the first of `get<Key>`, `<key>`, `is<Key>` that the class has, numbers
-    /// boxed. Raises NSUndefinedKeyException when there is none.
+    /// The value named by the key: the answer of the first of `get<Key>`, `<key>`, `is<Key>` that the class has,
+    /// numbers boxed. Raises NSUndefinedKeyException when there is none.
     virtual id valueForKey(const NSString& key);
     /// Follows a path of keys joined by dots; nil as soon as a value on the way is nil.
     virtual id valueForKeyPath(const NSString& path);

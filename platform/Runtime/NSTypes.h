@@ -23,9 +23,7 @@ struct NSRange {
     constexpr NSUInteger end() const noexcept { return location + length; }
     constexpr bool contains(NSUInteger index) const noexcept { return index - location < length; }
     /// True when the range lies within 0 ..< `length` (without overflowing).
-    constexpr bool fitsIn(NSUInteger count) const noexcept {
-        return location <= count && length <= count - location;
-    }
+    constexpr bool fitsIn(NSUInteger count) const noexcept { return location <= count && length <= count - location; }
     constexpr bool wasFound() const noexcept { return location != static_cast<NSUInteger>(NSNotFound); }
     friend constexpr bool operator==(const NSRange&, const NSRange&) = default;
 };

@@ -33,10 +33,12 @@ public:
     Ref(Ref&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
     template <detail::PointsTo<T> U>
         requires(!std::same_as<U, T>)
-    Ref(const Ref<U>& other) noexcept : object_(detail::retained(other.get())) {}
+    Ref(const Ref<U>& other)
+    noexcept : object_(detail::retained(other.get())) {}
     template <detail::PointsTo<T> U>
         requires(!std::same_as<U, T>)
-    Ref(Ref<U>&& other) noexcept : object_(other.leak()) {}
+    Ref(Ref<U>&& other)
+    noexcept : object_(other.leak()) {}
     ~Ref() { detail::released(object_); }
 
     Ref& operator=(Ref other) noexcept {
@@ -72,10 +74,12 @@ public:
     RefPtr(RefPtr&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
     template <detail::PointsTo<T> U>
         requires(!std::same_as<U, T>)
-    RefPtr(const RefPtr<U>& other) noexcept : object_(detail::retained(other.get())) {}
+    RefPtr(const RefPtr<U>& other)
+    noexcept : object_(detail::retained(other.get())) {}
     template <detail::PointsTo<T> U>
         requires(!std::same_as<U, T>)
-    RefPtr(RefPtr<U>&& other) noexcept : object_(other.leak()) {}
+    RefPtr(RefPtr<U>&& other)
+    noexcept : object_(other.leak()) {}
     template <detail::PointsTo<T> U> RefPtr(const Ref<U>& other) noexcept : object_(detail::retained(other.object_)) {}
     template <detail::PointsTo<T> U> RefPtr(Ref<U>&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
     ~RefPtr() { detail::released(object_); }
@@ -121,8 +125,6 @@ template <class T> [[nodiscard]] RefPtr<T> adoptPtr(T* object) noexcept {
 }
 
 /// Another reference to an object that was handed over as const. Sharing an object does not change it.
-template <class T> [[nodiscard]] Ref<T> share(const T& object) noexcept {
-    return Ref<T>(const_cast<T&>(object));
-}
+template <class T> [[nodiscard]] Ref<T> share(const T& object) noexcept { return Ref<T>(const_cast<T&>(object)); }
 
 }  // namespace tovi

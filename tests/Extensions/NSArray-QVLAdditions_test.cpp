@@ -114,9 +114,12 @@ TEST(NSArrayAdditions, ReversingAndShufflingLeaveTheReceiver) {
 
 TEST(NSArrayAdditions, BinarySearchTakesBothComparatorForms) {
     const auto list = NSArray::of(1, 3, 3, 3, 5);
-    const struct { int object; NSInteger start, index; } rows[] = {
-        {1, 0, 0}, {3, 0, 2}, {5, 0, 4}, {4, 0, NSNotFound}, {1, 1, NSNotFound}, {5, 5, NSNotFound}, {5, 99, NSNotFound},
-        {3, 3, 3},
+    const struct {
+        int object;
+        NSInteger start, index;
+    } rows[] = {
+        {1, 0, 0},          {3, 0, 2},          {5, 0, 4},           {4, 0, NSNotFound},
+        {1, 1, NSNotFound}, {5, 5, NSNotFound}, {5, 99, NSNotFound}, {3, 3, 3},
     };
     for (const auto& row : rows) {
         const auto object = NSNumber::numberWithInt(row.object);
@@ -175,7 +178,8 @@ TEST(NSArrayAdditions, OrderedMatchingAgreesWithSearchingEachTime) {
             if (k != static_cast<NSUInteger>(NSNotFound))
                 expected->addIndex(start = k);
         }
-        EXPECT_EQ(indexesOfOrderedObjectsIdenticalTo_allowsNotFound(list, *objects, true)->isEqual(expected.get()), true);
+        EXPECT_EQ(indexesOfOrderedObjectsIdenticalTo_allowsNotFound(list, *objects, true)->isEqual(expected.get()),
+                  true);
     }
 }
 
@@ -205,18 +209,31 @@ TEST(NSArrayAdditions, DeepMutableCopyNeedsNoStackForDepth) {
 }
 
 TEST(NSArrayAdditions, EveryOperationIsReachedThroughItsSelector) {
-    for (const char* name :
-         {"arrayByReplacingObjectAtIndex:withObject:", "arrayByAddingObjectToFront:", "arrayByRemovingObject:",
-          "arrayByRemovingObjectIdenticalTo:", "arrayByPerformingSelector:", "arrayByPerformingSelector:withObject:",
-          "makeObjectsPerformSelector:withObject:withObject:", "reversedArray", "shuffledArray", "differenceWithArray:",
-          "searchItemsStartingWith:", "searchItemsFinishingWith:", "containsObjectIdenticalTo:",
-          "indexOfObject:usingComparator:startingAtIndex:", "indexOfObject:usingComparatorFunction:startingAtIndex:",
-          "indexesOfObjects:", "indexesOfObjects:allowsNotFound:", "indexesOfObjectsIdenticalTo:allowsNotFound:",
-          "indexesOfOrderedObjectsIdenticalTo:allowsNotFound:", "deepMutableCopy"})
+    for (const char* name : {"arrayByReplacingObjectAtIndex:withObject:",
+                             "arrayByAddingObjectToFront:",
+                             "arrayByRemovingObject:",
+                             "arrayByRemovingObjectIdenticalTo:",
+                             "arrayByPerformingSelector:",
+                             "arrayByPerformingSelector:withObject:",
+                             "makeObjectsPerformSelector:withObject:withObject:",
+                             "reversedArray",
+                             "shuffledArray",
+                             "differenceWithArray:",
+                             "searchItemsStartingWith:",
+                             "searchItemsFinishingWith:",
+                             "containsObjectIdenticalTo:",
+                             "indexOfObject:usingComparator:startingAtIndex:",
+                             "indexOfObject:usingComparatorFunction:startingAtIndex:",
+                             "indexesOfObjects:",
+                             "indexesOfObjects:allowsNotFound:",
+                             "indexesOfObjectsIdenticalTo:allowsNotFound:",
+                             "indexesOfOrderedObjectsIdenticalTo:allowsNotFound:",
+                             "deepMutableCopy"})
         EXPECT_TRUE(NSArray::classObject().instancesRespondToSelector(Selector::named(name))) << name;
     const auto list = NSMutableArray::of(2, 1);
     EXPECT_EQ(list->performSelector("reversedArray"_sel), NSArray::of(1, 2));
     EXPECT_EQ(list->performSelector_withObject("differenceWithArray:"_sel, NSArray::of(1, 3).get()), NSArray::of(3));
-    EXPECT_EQ(send<NSInteger>(*list, "indexOfObject:usingComparator:startingAtIndex:"_sel,
-                              *NSNumber::numberWithInt(2), compare, NSInteger{0}), 0);
+    EXPECT_EQ(send<NSInteger>(*list, "indexOfObject:usingComparator:startingAtIndex:"_sel, *NSNumber::numberWithInt(2),
+                              compare, NSInteger{0}),
+              0);
 }

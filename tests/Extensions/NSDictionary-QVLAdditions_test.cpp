@@ -21,8 +21,8 @@ class Forgiving : public NSAssertionHandler {
     TOVI_CLASS(Forgiving, NSAssertionHandler)
 public:
     void handleFailureInMethod_object_file_lineNumber_description(Selector selector, const NSObject* object,
-                                                                  const char* file, NSInteger line,
-                                                                  std::u16string_view, FormatArguments) override {
+                                                                  const char* file, NSInteger line, std::u16string_view,
+                                                                  FormatArguments) override {
         report = NSString::stringWithFormat(u"%s %@ %s:%ld", selector.name(), object->isa(), file, line);
     }
     RefPtr<NSString> report;
@@ -38,14 +38,16 @@ public:
 
 TEST(NSDictionaryAdditions, KeysWithoutValueAndNullValuesAreLeftOut) {
     const auto receiver = dictionary({{u"a", box(1)}, {u"b", box(2)}, {u"n", NSNull::null()}});
-    EXPECT_EQ(objectsForKeysIgnoringNotFound(receiver, NSArray::of(u"b", u"z", u"n", u"a", u"b")), NSArray::of(2, 1, 2));
+    EXPECT_EQ(objectsForKeysIgnoringNotFound(receiver, NSArray::of(u"b", u"z", u"n", u"a", u"b")),
+              NSArray::of(2, 1, 2));
 }
 
 TEST(NSDictionaryAdditions, InvertingCollectsTheKeysOfEachElement) {
     const auto receiver = dictionary({{u"k1", NSArray::of(u"x", u"y", u"x")}, {u"k2", NSArray::of(u"y")}});
     EXPECT_EQ(invertKeysAndObjects(receiver),
               dictionary({{u"x", NSArray::of(u"k1", u"k1")}, {u"y", NSArray::of(u"k1", u"k2")}}));
-    EXPECT_RAISES(invertKeysAndObjects(dictionary({{u"k", box(1)}})), NSInvalidArgumentException, "unrecognized selector");
+    EXPECT_RAISES(invertKeysAndObjects(dictionary({{u"k", box(1)}})), NSInvalidArgumentException,
+                  "unrecognized selector");
 }
 
 TEST(NSDictionaryAdditions, OrderedKeysAndValuesFollowTheirOwnCompare) {
@@ -60,9 +62,10 @@ TEST(NSDictionaryAdditions, OrderedKeysAndValuesFollowTheirOwnCompare) {
 
 TEST(NSDictionaryAdditions, HasKeyComplainsEveryTimeAndAnswersOnlyAForgivingHandler) {
     const auto receiver = dictionary({{u"a", box(1)}});
-    EXPECT_RAISES(hasKey(receiver, *u"a"_ns), NSInternalInconsistencyException,
-                  "%@,%@ worst method ever! this is a DICTIONARY, key retrieving is O(log(n)), this method change it to "
-                  "O(n) !!! You should never use it!");
+    EXPECT_RAISES(
+        hasKey(receiver, *u"a"_ns), NSInternalInconsistencyException,
+        "%@,%@ worst method ever! this is a DICTIONARY, key retrieving is O(log(n)), this method change it to "
+        "O(n) !!! You should never use it!");
 
     const Ref<Forgiving> forgiving = to<Forgiving>(Forgiving::classObject().makeInstance());
     const ScopedAssertionHandler scope(*forgiving);
@@ -78,8 +81,7 @@ TEST(NSDictionaryAdditions, DeepMutableCopySharesWhatHasNoMutableForm) {
     EXPECT_EQ(copy, source);
     EXPECT_EQ(copy->objectForKey(u"b"_ns).get(), five.get());
     to<NSMutableArray>(copy->objectForKey(u"a"_ns))->removeAllObjects();
-    to<NSMutableString>(to<NSDictionary>(copy->objectForKey(u"d"_ns))->objectForKey(u"t"_ns))
-        ->appendString(u"!"_ns);
+    to<NSMutableString>(to<NSDictionary>(copy->objectForKey(u"d"_ns))->objectForKey(u"t"_ns))->appendString(u"!"_ns);
     EXPECT_EQ(source, dictionary({{u"a", NSArray::of(1)}, {u"b", five}, {u"d", dictionary({{u"t", u"text"_ns}})}}));
 }
 
@@ -94,8 +96,8 @@ TEST(NSMutableDictionaryThreadSafety, TakesTheLockOnceForEachOperation) {
     EXPECT_EQ(threadSafeObjectForKey_usingLock(receiver, *u"k"_ns, *lock), nullptr);
     EXPECT_EQ(lock->locked, 4);
     EXPECT_EQ(lock->unlocked, 4);
-    EXPECT_RAISES(threadSafeSetObject_forKey_usingLock(receiver, *u"v"_ns, *lock, *lock),
-                  NSInvalidArgumentException, "copyWithZone:");
+    EXPECT_RAISES(threadSafeSetObject_forKey_usingLock(receiver, *u"v"_ns, *lock, *lock), NSInvalidArgumentException,
+                  "copyWithZone:");
     EXPECT_EQ(lock->unlocked, 5);
     EXPECT_RAISES(threadSafeObjectForKey_usingLock(receiver, *u"k"_ns, *u"no lock"_ns), NSInvalidArgumentException,
                   "unrecognized selector");

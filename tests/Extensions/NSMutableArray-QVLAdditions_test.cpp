@@ -24,7 +24,8 @@ NSInteger insertionIndex(NSMutableArray& list, int object, NSInteger start, bool
     const NSInteger index = insertionIndexOfObject_usingComparator_startingAtIndex_allowsDuplicates(
         list, number, compare, start, duplicates);
     EXPECT_EQ(insertionIndexOfObject_usingComparatorFunction_startingAtIndex_allowsDuplicates(
-                  list, number, compareByFunction, start, duplicates), index);
+                  list, number, compareByFunction, start, duplicates),
+              index);
     return index;
 }
 
@@ -32,8 +33,13 @@ NSInteger insertionIndex(NSMutableArray& list, int object, NSInteger start, bool
 
 TEST(NSMutableArrayAdditions, InsertionIndexesAreFoundByHalving) {
     const auto odd = NSMutableArray::of(1, 3, 5, 7);
-    const struct { int object; NSInteger start; bool duplicates; NSInteger index; } rows[] = {
-        {4, 0, true, 2}, {0, 0, true, 0}, {9, 0, true, 4}, {3, 0, true, 2}, {3, 0, false, NSNotFound},
+    const struct {
+        int object;
+        NSInteger start;
+        bool duplicates;
+        NSInteger index;
+    } rows[] = {
+        {4, 0, true, 2}, {0, 0, true, 0}, {9, 0, true, 4},  {3, 0, true, 2},  {3, 0, false, NSNotFound},
         {0, 2, true, 2}, {0, 4, true, 4}, {0, 50, true, 4}, {8, 2, false, 4},
     };
     for (const auto& row : rows)
@@ -64,9 +70,11 @@ TEST(NSMutableArrayAdditions, InsertingKeepsAListSorted) {
     EXPECT_EQ(list->count(), 500U);
     EXPECT_EQ(list, list->sortedArrayUsingSelector(compare));
     const auto present = list->objectAtIndex(40);
-    EXPECT_EQ(insertObject_usingComparator_startingAtIndex_allowsDuplicates(list, present, compare, 0, false), NSNotFound);
+    EXPECT_EQ(insertObject_usingComparator_startingAtIndex_allowsDuplicates(list, present, compare, 0, false),
+              NSNotFound);
     EXPECT_EQ(insertObject_usingComparatorFunction_startingAtIndex_allowsDuplicates(list, present, compareByFunction, 0,
-                                                                                    false), NSNotFound);
+                                                                                    false),
+              NSNotFound);
     EXPECT_EQ(list->count(), 500U);
 }
 
@@ -99,7 +107,8 @@ TEST(NSMutableArrayAdditions, IdenticalObjectsGoAndEqualOnesStay) {
     EXPECT_EQ(&(*list)[0], twin.get());
     removeIdenticalObjectsFromArray(list, nullptr);
     EXPECT_EQ(list->count(), 2U);
-    EXPECT_RAISES(removeIdenticalObjectsFromArray(list, list.get()), NSGenericException, "was mutated while being enumerated");
+    EXPECT_RAISES(removeIdenticalObjectsFromArray(list, list.get()), NSGenericException,
+                  "was mutated while being enumerated");
 }
 
 TEST(NSMutableArrayAdditions, ABlockIsInsertedInItsOwnOrder) {
@@ -117,13 +126,13 @@ TEST(NSMutableArrayAdditions, ABlockIsInsertedInItsOwnOrder) {
 }
 
 TEST(NSMutableArrayAdditions, EveryOperationIsReachedThroughItsSelector) {
-    for (const char* name : {"insertionIndexOfObject:usingComparator:startingAtIndex:allowsDuplicates:",
-                             "insertionIndexOfObject:usingComparatorFunction:startingAtIndex:allowsDuplicates:",
-                             "insertObject:usingComparator:startingAtIndex:allowsDuplicates:",
-                             "insertObject:usingComparatorFunction:startingAtIndex:allowsDuplicates:",
-                             "insertObject:usingComparator:startingAtIndex:",
-                             "insertObject:usingComparatorFunction:startingAtIndex:", "shuffle", "reverse",
-                             "removeIdenticalObjectsFromArray:", "insertObjectsFromArray:atIndex:"}) {
+    for (const char* name :
+         {"insertionIndexOfObject:usingComparator:startingAtIndex:allowsDuplicates:",
+          "insertionIndexOfObject:usingComparatorFunction:startingAtIndex:allowsDuplicates:",
+          "insertObject:usingComparator:startingAtIndex:allowsDuplicates:",
+          "insertObject:usingComparatorFunction:startingAtIndex:allowsDuplicates:",
+          "insertObject:usingComparator:startingAtIndex:", "insertObject:usingComparatorFunction:startingAtIndex:",
+          "shuffle", "reverse", "removeIdenticalObjectsFromArray:", "insertObjectsFromArray:atIndex:"}) {
         EXPECT_TRUE(NSMutableArray::classObject().instancesRespondToSelector(Selector::named(name))) << name;
         EXPECT_FALSE(NSArray::classObject().instancesRespondToSelector(Selector::named(name))) << name;
     }

@@ -24,7 +24,8 @@ TEST(NSObjectSingleton, IsNilUnlessAClassBringsItsOwn) {
     Account::classObject().addClassMethod("sharedInstance"_sel, [] { return shared; });
     EXPECT_EQ(sharedInstance<Account>().get(), shared.get());
     EXPECT_EQ(SavingsAccount::classObject().performSelector("sharedInstance"_sel).get(), shared.get());
-    EXPECT_RAISES(sharedInstance<SavingsAccount>(), NSInvalidArgumentException, "+[SavingsAccount sharedInstance]: answered a Account");
+    EXPECT_RAISES(sharedInstance<SavingsAccount>(), NSInvalidArgumentException,
+                  "+[SavingsAccount sharedInstance]: answered a Account");
     EXPECT_EQ(sharedInstance(NSString::classObject()), nullptr);
 }
 

@@ -23,8 +23,8 @@ TEST(NSSetAdditions, AlgebraAnswersNewSets) {
 }
 
 TEST(NSSetAdditions, EveryOperationIsReachedThroughItsSelector) {
-    for (const char* name : {"setByUnioningSet:", "setByMinusingSet:", "setByIntersectingSet:",
-                             "setByComplementingIntersectionWithSet:", "setByAddingObject:",
-                             "setByAddingObjectsFromArray:", "setByRemovingObject:"})
+    for (const char* name :
+         {"setByUnioningSet:", "setByMinusingSet:", "setByIntersectingSet:", "setByComplementingIntersectionWithSet:",
+          "setByAddingObject:", "setByAddingObjectsFromArray:", "setByRemovingObject:"})
         EXPECT_TRUE(NSSet::classObject().instancesRespondToSelector(Selector::named(name))) << name;
 }

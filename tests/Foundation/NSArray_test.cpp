@@ -3,12 +3,12 @@
 
 #include <gtest/gtest.h>
 
+#include <ToviFoundationKit/Foundation/NSDictionary.h>
 #include <ToviFoundationKit/Foundation/NSEnumerator.h>
 #include <ToviFoundationKit/Foundation/NSMutableArray.h>
 #include <ToviFoundationKit/Foundation/NSMutableIndexSet.h>
-#include <ToviFoundationKit/Foundation/NSDictionary.h>
-#include <ToviFoundationKit/Foundation/NSSet.h>
 #include <ToviFoundationKit/Foundation/NSNull.h>
+#include <ToviFoundationKit/Foundation/NSSet.h>
 #include <ToviFoundationKit/Runtime/Message.h>
 
 #include <support/Expect.h>
@@ -39,7 +39,9 @@ public:
         result->counts_ = &counts;
         return result;
     }
-    ~Leaver() override { counts_->push_back(list_->indexOfObjectIdenticalTo(*this) == NSNotFound ? list_->count() : 99); }
+    ~Leaver() override {
+        counts_->push_back(list_->indexOfObjectIdenticalTo(*this) == NSNotFound ? list_->count() : 99);
+    }
 
 private:
     NSMutableArray* list_ = nullptr;
@@ -60,19 +62,38 @@ TEST(NSMutableArray, BehavesAsADequeUnderRandomChanges) {
             const std::vector<int> block(below(12), step);
             // Each seed leans to other ends, so that the room before, behind and in the middle is used up in turn.
             switch ((random() % 11 + seed) % 13) {
-                case 0: list->addObject(number(step)), expected.push_back(step); break;
-                case 1: list->insertObject_atIndex(number(step), 0), expected.push_front(step); break;
-                case 2: list->insertObject_atIndex(number(step), i), expected.insert(at(i), step); break;
-                case 3: list->addObjectsFromArray(NSArray::from(block)), expected.insert(expected.end(), block.begin(), block.end()); break;
+                case 0:
+                    list->addObject(number(step)), expected.push_back(step);
+                    break;
+                case 1:
+                    list->insertObject_atIndex(number(step), 0), expected.push_front(step);
+                    break;
+                case 2:
+                    list->insertObject_atIndex(number(step), i), expected.insert(at(i), step);
+                    break;
+                case 3:
+                    list->addObjectsFromArray(NSArray::from(block)),
+                        expected.insert(expected.end(), block.begin(), block.end());
+                    break;
                 case 4:
                     list->replaceObjectsInRange_withObjectsFromArray({i, length}, NSArray::from(block));
                     expected.erase(at(i), at(i + length));
                     expected.insert(at(i), block.begin(), block.end());
                     break;
-                case 5: list->removeObjectsInRange({i, length}), expected.erase(at(i), at(i + length)); break;
-                case 6: if (!expected.empty()) list->removeObjectAtIndex(0), expected.pop_front(); break;
-                case 7: if (!expected.empty()) list->removeLastObject(), expected.pop_back(); break;
-                case 8: list->removeObject(number(step / 2)), std::erase(expected, step / 2); break;
+                case 5:
+                    list->removeObjectsInRange({i, length}), expected.erase(at(i), at(i + length));
+                    break;
+                case 6:
+                    if (!expected.empty())
+                        list->removeObjectAtIndex(0), expected.pop_front();
+                    break;
+                case 7:
+                    if (!expected.empty())
+                        list->removeLastObject(), expected.pop_back();
+                    break;
+                case 8:
+                    list->removeObject(number(step / 2)), std::erase(expected, step / 2);
+                    break;
                 case 9:
                     if (i < expected.size())
                         list->exchangeObjectAtIndex_withObjectAtIndex(i, 0), std::swap(expected[i], expected[0]);
@@ -81,8 +102,12 @@ TEST(NSMutableArray, BehavesAsADequeUnderRandomChanges) {
                     list->removeObjectsAtIndexes(*NSIndexSet::indexSetWithIndexesInRange({i, length}));
                     expected.erase(at(i), at(i + length));
                     break;
-                case 11: list->reserve(expected.size() + 20); break;
-                case 12: EXPECT_EQ(list->subarrayWithRange({i, length}), NSArray::from(std::vector(at(i), at(i + length)))); break;
+                case 11:
+                    list->reserve(expected.size() + 20);
+                    break;
+                case 12:
+                    EXPECT_EQ(list->subarrayWithRange({i, length}), NSArray::from(std::vector(at(i), at(i + length))));
+                    break;
             }
             ASSERT_EQ(ints(list), std::vector(expected.begin(), expected.end())) << "seed " << seed << " step " << step;
         }
@@ -115,17 +140,26 @@ TEST(NSMutableArray, HasLetGoOfAnObjectBeforeItIsDestroyed) {
 TEST(NSArray, RefusesIndexesOutsideWithTheBoundsInTheReason) {
     const auto list = NSArray::of(1, 2, 3);
     const auto changed = NSMutableArray::of(1);
-    EXPECT_RAISES(list->objectAtIndex(5), NSRangeException, "*** -[NSArray objectAtIndex:]: index 5 beyond bounds [0 .. 2]");
-    EXPECT_RAISES(NSArray::array()->objectAtIndex(0), NSRangeException, "objectAtIndex:]: index 0 beyond bounds for empty array");
-    EXPECT_RAISES(list->subarrayWithRange({2, 2}), NSRangeException, "-[NSArray subarrayWithRange:]: range {2, 2} extends beyond bounds [0 .. 2]");
+    EXPECT_RAISES(list->objectAtIndex(5), NSRangeException,
+                  "*** -[NSArray objectAtIndex:]: index 5 beyond bounds [0 .. 2]");
+    EXPECT_RAISES(NSArray::array()->objectAtIndex(0), NSRangeException,
+                  "objectAtIndex:]: index 0 beyond bounds for empty array");
+    EXPECT_RAISES(list->subarrayWithRange({2, 2}), NSRangeException,
+                  "-[NSArray subarrayWithRange:]: range {2, 2} extends beyond bounds [0 .. 2]");
     EXPECT_RAISES(list->subarrayWithRange({1, ~0UL}), NSRangeException, "range {1, 18446744073709551615}");
-    EXPECT_RAISES(list->objectsAtIndexes(NSIndexSet::of({0, 3})), NSRangeException, "-[NSArray objectsAtIndexes:]: index 3 beyond");
-    EXPECT_RAISES(changed->insertObject_atIndex(list, 2), NSRangeException, "-[NSMutableArray insertObject:atIndex:]: index 2 beyond bounds [0 .. 0]");
-    EXPECT_RAISES(changed->exchangeObjectAtIndex_withObjectAtIndex(0, 1), NSRangeException, "exchangeObjectAtIndex:withObjectAtIndex:]: index 1");
-    EXPECT_RAISES(changed->removeObjectsAtIndexes(NSIndexSet::of({1})), NSRangeException, "removeObjectsAtIndexes:]: index 1");
-    EXPECT_RAISES(NSMutableArray::array()->removeLastObject(), NSRangeException, "-[NSMutableArray removeLastObject]: index 0 beyond bounds for empty array");
+    EXPECT_RAISES(list->objectsAtIndexes(NSIndexSet::of({0, 3})), NSRangeException,
+                  "-[NSArray objectsAtIndexes:]: index 3 beyond");
+    EXPECT_RAISES(changed->insertObject_atIndex(list, 2), NSRangeException,
+                  "-[NSMutableArray insertObject:atIndex:]: index 2 beyond bounds [0 .. 0]");
+    EXPECT_RAISES(changed->exchangeObjectAtIndex_withObjectAtIndex(0, 1), NSRangeException,
+                  "exchangeObjectAtIndex:withObjectAtIndex:]: index 1");
+    EXPECT_RAISES(changed->removeObjectsAtIndexes(NSIndexSet::of({1})), NSRangeException,
+                  "removeObjectsAtIndexes:]: index 1");
+    EXPECT_RAISES(NSMutableArray::array()->removeLastObject(), NSRangeException,
+                  "-[NSMutableArray removeLastObject]: index 0 beyond bounds for empty array");
     EXPECT_RAISES(changed->reserve(~0UL), NSMallocException, "18446744073709551615 objects");
-    EXPECT_RAISES(send<void>(changed, "addObject:"_sel, nullptr), NSInvalidArgumentException, "*** -[NSMutableArray addObject:]: object cannot be nil");
+    EXPECT_RAISES(send<void>(changed, "addObject:"_sel, nullptr), NSInvalidArgumentException,
+                  "*** -[NSMutableArray addObject:]: object cannot be nil");
     EXPECT_RAISES(NSArray::of(1, id()), NSInvalidArgumentException, "");
     EXPECT_EQ(changed, NSArray::of(1));
 }
@@ -136,7 +170,8 @@ TEST(NSMutableArray, CanBeImmutableAndThenIsAnNSArrayThatKnowsNoChange) {
     EXPECT_FALSE(list->respondsToSelector("addObject:"_sel));
     EXPECT_EQ(list->copy().get(), list.get());
     const auto refuses = [&](auto change, const std::string& selector) {
-        EXPECT_RAISES(change(), NSInvalidArgumentException, "-[NSArray " + selector + "]: unrecognized selector sent to instance 0x");
+        EXPECT_RAISES(change(), NSInvalidArgumentException,
+                      "-[NSArray " + selector + "]: unrecognized selector sent to instance 0x");
     };
     const auto one = number(1);
     refuses([&] { list->addObject(*one); }, "addObject:");
@@ -164,7 +199,8 @@ TEST(NSArray, NoticesAChangeWhileItIsEnumerated) {
         change();
         EXPECT_RAISES(enumerator->nextObject(), NSGenericException, "was mutated while being enumerated.");
     }
-    EXPECT_RAISES(list->removeObjectsPassingTest([&](NSObject&) { return change(), true; }), NSGenericException, mutated);
+    EXPECT_RAISES(list->removeObjectsPassingTest([&](NSObject&) { return change(), true; }), NSGenericException,
+                  mutated);
 }
 
 TEST(NSArray, IsEnumeratedForwardsBackwardsAndByClass) {
@@ -179,7 +215,8 @@ TEST(NSArray, IsEnumeratedForwardsBackwardsAndByClass) {
     EXPECT_EQ(sum, 5);
     EXPECT_FALSE(enumerator->nextObject());
     EXPECT_RAISES(ints(NSArray::of(1, u"two")), NSInvalidArgumentException, "");
-    EXPECT_RAISES(FastEnumeration(*number(1)), NSInvalidArgumentException, "-[NSNumber countByEnumeratingWithState:objects:count:]: unrecognized");
+    EXPECT_RAISES(FastEnumeration(*number(1)), NSInvalidArgumentException,
+                  "-[NSNumber countByEnumeratingWithState:objects:count:]: unrecognized");
 }
 
 TEST(NSArray, FindsByEqualityAndByIdentity) {
@@ -195,13 +232,15 @@ TEST(NSArray, FindsByEqualityAndByIdentity) {
 TEST(NSArray, AsksItsElementsAndCollectsTheirAnswers) {
     const auto list = NSArray::of(u"a", u"bb");
     EXPECT_EQ(list->valueForKey(u"length"_ns), NSArray::of(1, 2));
-    EXPECT_EQ(NSArray::of(list, NSDictionary::dictionary())->valueForKey(u"length"_ns), NSArray::of(NSArray::of(1, 2), NSNull::null()));
+    EXPECT_EQ(NSArray::of(list, NSDictionary::dictionary())->valueForKey(u"length"_ns),
+              NSArray::of(NSArray::of(1, 2), NSNull::null()));
     EXPECT_EQ(list->componentsJoinedByString(u", "_ns), u"a, bb"_ns);
     EXPECT_EQ(NSArray::array()->componentsJoinedByString(u", "_ns), u""_ns);
     const auto parts = NSArray::of(NSMutableString::string(), NSMutableString::string());
     parts->makeObjectsPerformSelector_withObject("appendString:"_sel, u"x"_ns.get());
     EXPECT_EQ(parts, NSArray::of(u"x", u"x"));
-    EXPECT_EQ(list->arrayByAddingObject(*number(1))->arrayByAddingObjectsFromArray(list), NSArray::of(u"a", u"bb", 1, u"a", u"bb"));
+    EXPECT_EQ(list->arrayByAddingObject(*number(1))->arrayByAddingObjectsFromArray(list),
+              NSArray::of(u"a", u"bb", 1, u"a", u"bb"));
     EXPECT_EQ(NSArray::of(1, 2, 3)->objectsAtIndexes(NSIndexSet::of({0, 2})), NSArray::of(1, 3));
 }
 
@@ -224,7 +263,7 @@ TEST(NSArray, DescribesNestedCollectionsIndentedAndQuotesTextsThatAreNoWords) {
     EXPECT_EQ(NSArray::of(1, u"two", -3.5, u"", u"a b\"\n\u00e9")->description(),
               u"(\n    1,\n    two,\n    \"-3.5\",\n    \"\",\n    \"a b\\\"\\n\\U00e9\"\n)"_ns);
     const auto nested = NSArray::of(NSArray::of(1), NSDictionary::of({{u"k", NSArray::of(2, 3)}}), NSSet::of(4));
-    EXPECT_EQ(nested->description(),
-              u"(\n        (\n        1\n    ),\n        {\n        k =         (\n            2,\n            3\n        );\n"
-              u"    },\n        {(\n        4\n    )}\n)"_ns);
+    EXPECT_EQ(nested->description(), u"(\n        (\n        1\n    ),\n        {\n        k =         (\n            "
+                                     u"2,\n            3\n        );\n"
+                                     u"    },\n        {(\n        4\n    )}\n)"_ns);
 }

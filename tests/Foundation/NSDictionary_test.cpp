@@ -54,10 +54,14 @@ TEST(NSMutableDictionary, KeepsTheOrderOfAdditionUnderRandomChanges) {
         std::mt19937 random(seed);
         const auto dictionary = NSMutableDictionary::dictionary();
         Pairs expected;
-        const auto find = [&](unsigned key) { return std::find_if(expected.begin(), expected.end(), [key](auto& each) { return each.first == key; }); };
+        const auto find = [&](unsigned key) {
+            return std::find_if(expected.begin(), expected.end(), [key](auto& each) { return each.first == key; });
+        };
         const auto set = [&](unsigned key, int value) {
-            if (const auto found = find(key); found != expected.end()) found->second = value;
-            else expected.emplace_back(key, value);
+            if (const auto found = find(key); found != expected.end())
+                found->second = value;
+            else
+                expected.emplace_back(key, value);
         };
         const unsigned keys = 4U << seed % 7;
         for (int step = 0; step < 1500; ++step) {
@@ -91,7 +95,8 @@ TEST(NSDictionary, AnswersKeysAndValuesInTheOrderOfAddition) {
     EXPECT_EQ(dictionary->keyEnumerator()->allObjects(), dictionary->allKeys());
     EXPECT_EQ(dictionary->objectEnumerator()->allObjects(), dictionary->allValues());
     EXPECT_EQ(dictionary->allKeysForObject(NSNumber::numberWithDouble(2)), NSArray::of(u"c"));
-    EXPECT_EQ(dictionary->objectsForKeys_notFoundMarker(NSArray::of(u"a", u"z", u"b"), NSNull::null()), NSArray::of(1, NSNull::null(), 3));
+    EXPECT_EQ(dictionary->objectsForKeys_notFoundMarker(NSArray::of(u"a", u"z", u"b"), NSNull::null()),
+              NSArray::of(1, NSNull::null(), 3));
     EXPECT_EQ(dictionary->valueForKey(u"a"_ns), NSNumber::numberWithInt(1));
     EXPECT_FALSE(dictionary->valueForKey(u"z"_ns));
     EXPECT_EQ(dictionary->description(), u"{\n    b = 3;\n    a = 1;\n    c = 2;\n}"_ns);
@@ -118,15 +123,23 @@ TEST(NSMutableDictionary, CopiesKeysAndKeepsTheFirstOfEqualOnes) {
     key->appendString(u"b"_ns);
     EXPECT_EQ(dictionary->objectForKey(u"a"_ns), NSNumber::numberWithInt(1));
     EXPECT_FALSE(dictionary->objectForKey(key));
-    EXPECT_RAISES(dictionary->setObject_forKey(key, *dictionary->keyEnumerator()), NSInvalidArgumentException, "copyWithZone:]: unrecognized selector");
-    EXPECT_RAISES(send<void>(dictionary, "setObject:forKey:"_sel, key, nullptr), NSInvalidArgumentException, "*** -[NSMutableDictionary setObject:forKey:]: key cannot be nil");
-    EXPECT_RAISES(NSDictionary::dictionaryWithObjects_forKeys(NSArray::of(1), NSArray::of(1, 2)), NSInvalidArgumentException, "count of objects (1) differs from count of keys (2)");
+    EXPECT_RAISES(dictionary->setObject_forKey(key, *dictionary->keyEnumerator()), NSInvalidArgumentException,
+                  "copyWithZone:]: unrecognized selector");
+    EXPECT_RAISES(send<void>(dictionary, "setObject:forKey:"_sel, key, nullptr), NSInvalidArgumentException,
+                  "*** -[NSMutableDictionary setObject:forKey:]: key cannot be nil");
+    EXPECT_RAISES(NSDictionary::dictionaryWithObjects_forKeys(NSArray::of(1), NSArray::of(1, 2)),
+                  NSInvalidArgumentException, "count of objects (1) differs from count of keys (2)");
     EXPECT_EQ(dictionary->count(), 1U);
 }
 
 TEST(NSMutableDictionary, NoticesAChangeWhileItIsEnumerated) {
     const auto dictionary = NSMutableDictionary::of({{u"a", 1}, {u"b", 2}});
-    EXPECT_RAISES([&] { for (const auto [key, value] : *dictionary) dictionary->removeObjectForKey(key); }(), NSGenericException, "*** Collection <NSMutableDictionary: 0x");
+    EXPECT_RAISES(
+        [&] {
+            for (const auto [key, value] : *dictionary)
+                dictionary->removeObjectForKey(key);
+        }(),
+        NSGenericException, "*** Collection <NSMutableDictionary: 0x");
     const auto keys = dictionary->keyEnumerator(), values = dictionary->objectEnumerator();
     dictionary->removeAllObjects();
     EXPECT_RAISES(values->nextObject(), NSGenericException, "was mutated");

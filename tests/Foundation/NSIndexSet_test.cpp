@@ -49,7 +49,8 @@ void check(const NSIndexSet& set, const std::vector<bool>& expected, std::mt1993
         const NSRange range{index, random() % 40};
         const NSUInteger end = std::min<NSUInteger>(range.end(), expected.size());
         const auto begin = expected.begin() + static_cast<std::ptrdiff_t>(index);
-        const NSUInteger within = static_cast<NSUInteger>(std::count(begin, begin + static_cast<std::ptrdiff_t>(end - index), true));
+        const NSUInteger within =
+            static_cast<NSUInteger>(std::count(begin, begin + static_cast<std::ptrdiff_t>(end - index), true));
         EXPECT_EQ(set.containsIndex(index), expected[index]);
         EXPECT_EQ(set.indexGreaterThanIndex(index), next(index + 1, 1));
         EXPECT_EQ(set.indexLessThanIndex(index), next(index - 1, ~NSUInteger{0}));
@@ -72,21 +73,30 @@ TEST(NSMutableIndexSet, AgreesWithBitsUnderRandomChanges) {
             NSMutableIndexSet& set = sets[which];
             const NSMutableIndexSet& other = sets[!which];
             const auto combine = [&](auto operation) {
-                std::transform(expected[which].begin(), expected[which].end(), expected[!which].begin(), expected[which].begin(), operation);
+                std::transform(expected[which].begin(), expected[which].end(), expected[!which].begin(),
+                               expected[which].begin(), operation);
             };
             const auto action = random() % 9;
             switch (action) {
-                case 0: set.addIndexes(other), combine([](bool a, bool b) { return a || b; }); break;
-                case 1: set.removeIndexes(other), combine([](bool a, bool b) { return a && !b; }); break;
-                case 2: set.intersectIndexes(other), combine([](bool a, bool b) { return a && b; }); break;
+                case 0:
+                    set.addIndexes(other), combine([](bool a, bool b) { return a || b; });
+                    break;
+                case 1:
+                    set.removeIndexes(other), combine([](bool a, bool b) { return a && !b; });
+                    break;
+                case 2:
+                    set.intersectIndexes(other), combine([](bool a, bool b) { return a && b; });
+                    break;
                 default:
                     for (NSUInteger i = 0; i < limit / 8; ++i) {
                         const NSUInteger start = action == 3 ? i * 2 : random() % limit;
                         const NSUInteger widest = action % 2 ? 2 : step % 5 == 4 ? limit / 3 : 12;
                         const NSRange range{start, std::min(random() % widest, limit - start)};
                         const bool adds = action < 6;
-                        if (range.length == 1) adds ? set.addIndex(start) : set.removeIndex(start);
-                        else adds ? set.addIndexesInRange(range) : set.removeIndexesInRange(range);
+                        if (range.length == 1)
+                            adds ? set.addIndex(start) : set.removeIndex(start);
+                        else
+                            adds ? set.addIndexesInRange(range) : set.removeIndexesInRange(range);
                         std::fill_n(expected[which].begin() + static_cast<std::ptrdiff_t>(start), range.length, adds);
                     }
             }
@@ -110,8 +120,10 @@ TEST(NSIndexSet, EndsBeforeNotFound) {
     EXPECT_EQ(set->indexLessThanIndex(~NSUInteger{0}), notFound - 1);
     EXPECT_EQ(set->indexLessThanIndex(0), notFound);
     EXPECT_FALSE(set->containsIndexesInRange({notFound - 1, ~NSUInteger{0}}));
-    EXPECT_RAISES(set->addIndex(notFound), NSRangeException, "-[NSMutableIndexSet addIndex:]: Index (9223372036854775807) out of bounds [0, 9223372036854775806]");
-    EXPECT_RAISES(set->addIndexesInRange({5, ~NSUInteger{0}}), NSRangeException, "Range {5, 18446744073709551615} exceeds maximum index value of 9223372036854775806");
+    EXPECT_RAISES(set->addIndex(notFound), NSRangeException,
+                  "-[NSMutableIndexSet addIndex:]: Index (9223372036854775807) out of bounds [0, 9223372036854775806]");
+    EXPECT_RAISES(set->addIndexesInRange({5, ~NSUInteger{0}}), NSRangeException,
+                  "Range {5, 18446744073709551615} exceeds maximum index value of 9223372036854775806");
     EXPECT_EQ(set->count(), 2U);
 }
 
@@ -126,5 +138,10 @@ TEST(NSIndexSet, DescribesItsRuns) {
 
 TEST(NSIndexSet, NoticesAChangeWhileItIsEnumerated) {
     const auto set = NSMutableIndexSet::of({1, 2, 9});
-    EXPECT_RAISES([&] { for (const NSUInteger index : *set) set->removeIndex(index); }(), NSGenericException, "*** Collection <NSMutableIndexSet: 0x");
+    EXPECT_RAISES(
+        [&] {
+            for (const NSUInteger index : *set)
+                set->removeIndex(index);
+        }(),
+        NSGenericException, "*** Collection <NSMutableIndexSet: 0x");
 }

@@ -52,9 +52,17 @@ TEST(NSMutableSet, AlgebraAgreesWithAModelAndKeepsTheOrderOfAddition) {
             Model& model = models[which];
             const Model& otherModel = models[!which];
             switch (random() % 8) {
-                case 0: set.unionSet(other); for (int n : otherModel.numbers) model.add(n); break;
-                case 1: set.minusSet(other), model.keep(otherModel, false); break;
-                case 2: set.intersectSet(other), model.keep(otherModel, true); break;
+                case 0:
+                    set.unionSet(other);
+                    for (int n : otherModel.numbers)
+                        model.add(n);
+                    break;
+                case 1:
+                    set.minusSet(other), model.keep(otherModel, false);
+                    break;
+                case 2:
+                    set.intersectSet(other), model.keep(otherModel, true);
+                    break;
                 case 3: {
                     const int n = static_cast<int>(random() % limit);
                     set.removeObject(NSNumber::numberWithDouble(n)), std::erase(model.numbers, n);
@@ -108,12 +116,18 @@ TEST(NSMutableSet, CombinesWithItselfAndRefusesNil) {
     EXPECT_EQ(set->copy(), NSSet::of(1, 2));
     set->minusSet(set);
     EXPECT_EQ(set->count(), 0U);
-    EXPECT_RAISES(send<void>(set, "addObject:"_sel, nullptr), NSInvalidArgumentException, "*** -[NSMutableSet addObject:]: object cannot be nil");
+    EXPECT_RAISES(send<void>(set, "addObject:"_sel, nullptr), NSInvalidArgumentException,
+                  "*** -[NSMutableSet addObject:]: object cannot be nil");
 }
 
 TEST(NSMutableSet, NoticesAChangeWhileItIsEnumerated) {
     const auto set = NSMutableSet::of(1, 2, 3);
-    EXPECT_RAISES([&] { for (NSObject& each : *set) set->removeObject(each); }(), NSGenericException, "*** Collection <NSMutableSet: 0x");
+    EXPECT_RAISES(
+        [&] {
+            for (NSObject& each : *set)
+                set->removeObject(each);
+        }(),
+        NSGenericException, "*** Collection <NSMutableSet: 0x");
     const auto enumerator = set->objectEnumerator();
     set->removeAllObjects();
     EXPECT_RAISES(enumerator->nextObject(), NSGenericException, "was mutated while being enumerated.");

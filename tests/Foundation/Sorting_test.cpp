@@ -40,12 +40,18 @@ template <class T> Objects inserted(const NSArray& array) {
 Ref<NSNumber> randomNumber(std::mt19937& random, int kinds) {
     const int value = static_cast<int>(random() % 60) - 30;
     switch (random() % static_cast<unsigned>(kinds)) {
-        case 0: return NSNumber::numberWithInt(value);
-        case 1: return NSNumber::numberWithLongLong(value * (std::numeric_limits<long long>::max() / 30));
-        case 2: return NSNumber::numberWithUnsignedChar(static_cast<unsigned char>(value));
-        case 3: return NSNumber::numberWithUnsignedLongLong(static_cast<unsigned long long>(value));
-        case 4: return NSNumber::numberWithFloat(static_cast<float>(value) / 4);
-        default: return NSNumber::numberWithDouble(value == 7 ? NAN : value == 8 ? INFINITY : value == 9 ? -0.0 : value);
+        case 0:
+            return NSNumber::numberWithInt(value);
+        case 1:
+            return NSNumber::numberWithLongLong(value * (std::numeric_limits<long long>::max() / 30));
+        case 2:
+            return NSNumber::numberWithUnsignedChar(static_cast<unsigned char>(value));
+        case 3:
+            return NSNumber::numberWithUnsignedLongLong(static_cast<unsigned long long>(value));
+        case 4:
+            return NSNumber::numberWithFloat(static_cast<float>(value) / 4);
+        default:
+            return NSNumber::numberWithDouble(value == 7 ? NAN : value == 8 ? INFINITY : value == 9 ? -0.0 : value);
     }
 }
 
@@ -71,7 +77,8 @@ TEST(Sorting, NumbersOfAnyTypesAreInTheOrderOfCompareAndStable) {
 
 TEST(Sorting, TextsAreInTheOrderOfCompareAndStable) {
     std::mt19937 random(2);
-    for (const std::u16string_view alphabet : {u"ab", u"aB1 \u0000", u"\u00e9\u0301e\u00df", u"\x7f\xff\xfffd\xd83d\xde00"}) {
+    for (const std::u16string_view alphabet :
+         {u"ab", u"aB1 \u0000", u"\u00e9\u0301e\u00df", u"\x7f\xff\xfffd\xd83d\xde00"}) {
         for (int round = 0; round < 30; ++round) {
             const auto list = NSMutableArray::array();
             for (auto count = random() % (round % 3 ? 70 : 700); count; --count)
@@ -84,11 +91,13 @@ TEST(Sorting, TextsAreInTheOrderOfCompareAndStable) {
 TEST(Sorting, TakesAnyCallableAndSortsInPlace) {
     const auto list = NSMutableArray::of(u"ccc", u"b", u"dd", u"a", u"ee");
     const auto byLength = [](NSObject& a, NSObject& b) {
-        return static_cast<NSInteger>(static_cast<NSString&>(a).length()) - static_cast<NSInteger>(static_cast<NSString&>(b).length());
+        return static_cast<NSInteger>(static_cast<NSString&>(a).length()) -
+               static_cast<NSInteger>(static_cast<NSString&>(b).length());
     };
     EXPECT_EQ(list->sortedArrayUsing(byLength), NSArray::of(u"b", u"a", u"dd", u"ee", u"ccc"));
-    list->sortUsingFunction_context([](NSObject& a, NSObject& b, void* sign) { return *static_cast<int*>(sign) * send<NSInteger>(a, compare, b); },
-                                    std::array{-1}.data());
+    list->sortUsingFunction_context(
+        [](NSObject& a, NSObject& b, void* sign) { return *static_cast<int*>(sign) * send<NSInteger>(a, compare, b); },
+        std::array{-1}.data());
     EXPECT_EQ(list, NSArray::of(u"ee", u"dd", u"ccc", u"b", u"a"));
     list->sortUsingSelector(compare);
     EXPECT_EQ(list, NSArray::of(u"a", u"b", u"ccc", u"dd", u"ee"));
@@ -121,7 +130,8 @@ TEST(Sorting, AComparisonThatFailsLeavesTheListAsItWas) {
     }
     const auto change = [&](NSObject& a, NSObject&) { return list->removeObjectIdenticalTo(a), NSOrderedDescending; };
     EXPECT_RAISES(list->sortUsing(change), NSGenericException, "was mutated while being enumerated.");
-    EXPECT_RAISES(NSArray::of(1, u"two")->sortedArrayUsingSelector("length"_sel), NSInvalidArgumentException, "-[NSNumber length]: unrecognized selector");
+    EXPECT_RAISES(NSArray::of(1, u"two")->sortedArrayUsingSelector("length"_sel), NSInvalidArgumentException,
+                  "-[NSNumber length]: unrecognized selector");
     EXPECT_EQ(NSArray::of(1)->sortedArrayUsingSelector("unknown:"_sel), NSArray::of(1));
 }
 
