@@ -62,7 +62,7 @@ public:
     /// Goes on until a nested collection is reached, which is answered; `wrote` is to be told when it has been written.
     const NSObject* nextNested(StringBuilder& text) {
         while (const NSObject* const object = current()) {
-            if (kind_ == CollectionKind::Dictionary ? !atValue_ : true)
+            if (!atValue_)
                 begin(text);
             if (kindOf(*object) != CollectionKind::None)
                 return object;

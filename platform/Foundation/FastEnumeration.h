@@ -83,8 +83,10 @@ private:
     id current_;
 };
 
-/// The elements of a collection as objects of class T: `for (NSString& name : names->each<NSString>())`. An element of
-/// another class raises NSInvalidArgumentException when it is reached.
+/// The elements of a collection, which it keeps alive, as objects of class T. An element of another class raises
+/// NSInvalidArgumentException when it is reached.
+///
+///     for (NSString& key : dictionary->allKeys()->each<NSString>()) ...
 template <class T, class Collection> class TypedView : public std::ranges::view_base {
 public:
     class Iterator {
@@ -115,12 +117,12 @@ public:
         typename Collection::Iterator position_;
     };
 
-    explicit TypedView(const Collection& collection) noexcept : collection_(&collection) {}
+    explicit TypedView(const Collection& collection) noexcept : collection_(share(collection)) {}
     Iterator begin() const { return Iterator(collection_->begin()); }
     Iterator end() const { return Iterator(collection_->end()); }
 
 private:
-    const Collection* collection_;
+    Ref<Collection> collection_;
 };
 
 }  // namespace tovi

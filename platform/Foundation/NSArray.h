@@ -50,7 +50,8 @@ public:
     }
     id firstObject() const noexcept { return count_ ? id(objects_[0]) : id(); }  ///< nil when empty
     id lastObject() const noexcept { return count_ ? id(objects_[count_ - 1]) : id(); }
-    /// Changing the list in a range-for raises NSGenericException at the next step.
+    /// Changing the list in a range-for raises NSGenericException at the next step. The list must be held by somebody
+    /// meanwhile, which a temporary Ref does not do; `each` does.
     Iterator begin() const noexcept;
     Iterator end() const noexcept;
     /// The elements as objects of one class, checked as they are reached.

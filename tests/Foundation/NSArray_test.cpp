@@ -214,6 +214,8 @@ TEST(NSArray, IsEnumeratedForwardsBackwardsAndByClass) {
         sum += static_cast<NSNumber&>(each).intValue();
     EXPECT_EQ(sum, 5);
     EXPECT_FALSE(enumerator->nextObject());
+    for (NSString& each : NSArray::of(u"held by the view")->each<NSString>())
+        EXPECT_EQ(each, u"held by the view"_ns);
     EXPECT_RAISES(ints(NSArray::of(1, u"two")), NSInvalidArgumentException, "");
     EXPECT_RAISES(FastEnumeration(*number(1)), NSInvalidArgumentException,
                   "-[NSNumber countByEnumeratingWithState:objects:count:]: unrecognized");
