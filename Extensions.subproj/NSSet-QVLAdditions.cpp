@@ -28,11 +28,7 @@ Ref<NSMutableSet> setByIntersectingSet(const NSSet& receiver, const NSSet& other
 }
 
 Ref<NSMutableSet> setByComplementingIntersectionWithSet(const NSSet& receiver, const NSSet& other) {
-    return changed(receiver, [&](NSMutableSet& set) {
-        const Ref<NSMutableSet> onlyInOther = setByMinusingSet(other, receiver);
-        set.minusSet(other);
-        set.unionSet(onlyInOther);
-    });
+    return NSMutableSet::symmetricDifference(receiver, other);
 }
 
 Ref<NSMutableSet> setByAddingObject(const NSSet& receiver, NSObject& object) {

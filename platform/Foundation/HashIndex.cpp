@@ -111,20 +111,23 @@ void HashIndex::merge(const Slot* added, std::size_t count) {
         own.insert(own.end(), slots, slots + batch);
         return true;
     });
+    *this = merged(own, {added, count});
+}
+
+HashIndex HashIndex::merged(std::span<const Slot> a, std::span<const Slot> b) {
     HashIndex merged;
-    Filler filler(merged, own.size() + count);
-    const Slot* a = own.data();
-    const Slot* const aEnd = a + own.size();
-    const Slot* const bEnd = added + count;
-    while (a != aEnd && added != bEnd) {
-        const bool takesOwn = *a > *added;
-        filler.add(takesOwn ? *a : *added);
-        a += takesOwn;
-        added += !takesOwn;
+    Filler filler(merged, a.size() + b.size());
+    auto nextA = a.begin();
+    auto nextB = b.begin();
+    while (nextA != a.end() && nextB != b.end()) {
+        const bool takesA = *nextA > *nextB;
+        filler.add(takesA ? *nextA : *nextB);
+        nextA += takesA;
+        nextB += !takesA;
     }
-    std::for_each(a, aEnd, [&](Slot slot) { filler.add(slot); });
-    std::for_each(added, bEnd, [&](Slot slot) { filler.add(slot); });
-    swap(merged);
+    std::for_each(nextA, a.end(), [&](Slot slot) { filler.add(slot); });
+    std::for_each(nextB, b.end(), [&](Slot slot) { filler.add(slot); });
+    return merged;
 }
 
 }  // namespace tovi::detail

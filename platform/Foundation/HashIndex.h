@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 
 #include <ToviFoundationKit/Runtime/Export.h>
 
@@ -67,6 +68,8 @@ public:
     void renumber(const std::uint32_t* numbers) noexcept;
     /// Adds slots that stand in descending order.
     void merge(const Slot* added, std::size_t count);
+    /// An index of slots that stand in descending order in two rows.
+    static HashIndex merged(std::span<const Slot> a, std::span<const Slot> b);
 
 private:
     // Read beyond the last slot, so that `find` needs no bounds.

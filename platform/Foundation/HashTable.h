@@ -1,5 +1,7 @@
 #pragma once
 
+#include <vector>
+
 #include <ToviFoundationKit/Foundation/HashIndex.h>
 #include <ToviFoundationKit/Runtime/NSObject.h>
 
@@ -58,6 +60,8 @@ public:
     bool areAnyIn(const HashTable& other) const;
     void removeWhere(const HashTable& other, bool isIn);
     void unite(const HashTable& other);
+    /// The entries whose keys are in one of two tables only: the first one's, then the second one's.
+    static HashTable symmetricDifference(const HashTable& a, const HashTable& b);
 
 private:
     Slot findFrom(std::size_t position, const NSObject& key, std::uint32_t hash) const {
@@ -69,6 +73,8 @@ private:
         return {};
     }
     template <class F> bool lookUpIn(const HashTable& other, F use) const;
+    std::uint32_t put(std::uint32_t at, const HashTable& other, std::vector<std::uint32_t>& numbers) noexcept;
+    void adoptUpTo(std::uint32_t used) noexcept;
     void makeRoomForEntries(std::size_t added);
     void growEntries(std::size_t needed, std::size_t wanted);
     bool compact() noexcept;

@@ -109,20 +109,19 @@ public:
     }
 
     template <class Operation> void putChunk(NSUInteger chunk, const NSUInteger* a, const NSUInteger* b) {
-        std::unique_ptr<NSUInteger, decltype(&std::free)> bits(reallocated<NSUInteger>(nullptr, chunkWords),
-                                                               &std::free);
-        NSUInteger* const words = bits.get();
+        Words bits = newWords();
         for (std::size_t i = 0; i < chunkWords; ++i)
-            words[i] = Operation::combineWords(a[i], b[i]);
-        const auto count = static_cast<std::uint32_t>(countBits(words, chunkWords));
-        if (count == chunkLength)
-            return putIf(true, chunk, chunk + chunkLength);
-        if (count < fewBits)
+            bits[i] = Operation::combineWords(a[i], b[i]);
+        put(chunk, std::move(bits));
+    }
+
+    /// Of a chunk up to as many words as it has.
+    void putBits(NSUInteger chunk, std::span<const NSUInteger> words) {
+        if (countBits(words.data(), words.size()) < fewBits)
             return putRuns(chunk, words);
-        flush();
-        result_.blocks_.push_back({chunk, words, count, 0});
-        static_cast<void>(bits.release());
-        result_.count_ += count;
+        Words bits = newWords();
+        std::fill(std::ranges::copy(words, bits.get()).out, bits.get() + chunkWords, 0);
+        put(chunk, std::move(bits));
     }
 
     IndexBlocks finish() {
@@ -133,11 +132,27 @@ public:
 private:
     static constexpr std::uint32_t fewBits = 64;  // take less room as runs, however they lie
 
-    void putRuns(NSUInteger chunk, const NSUInteger* words) {
+    using Words = std::unique_ptr<NSUInteger[], decltype(&std::free)>;
+    static Words newWords() { return {reallocated<NSUInteger>(nullptr, chunkWords), &std::free}; }
+
+    void put(NSUInteger chunk, Words bits) {
+        const auto count = static_cast<std::uint32_t>(countBits(bits.get(), chunkWords));
+        if (count == chunkLength)
+            return putIf(true, chunk, chunk + chunkLength);
+        if (count < fewBits)
+            return putRuns(chunk, {bits.get(), chunkWords});
+        flush();
+        result_.blocks_.push_back({chunk, bits.get(), count, 0});
+        static_cast<void>(bits.release());
+        result_.count_ += count;
+    }
+
+    void putRuns(NSUInteger chunk, std::span<const NSUInteger> words) {
+        const std::size_t length = words.size() * 64;
         for (std::size_t start = 0, end = 0;; putIf(true, chunk + start, chunk + end)) {
-            start = nextBit<true>(words, chunkLength, end);
-            end = nextBit<false>(words, chunkLength, start);
-            if (start == chunkLength)
+            start = nextBit<true>(words.data(), length, end);
+            end = nextBit<false>(words.data(), length, start);
+            if (start == length)
                 return;
         }
     }
@@ -222,6 +237,13 @@ template <class Operation> IndexBlocks IndexBlocks::combined(const IndexBlocks& 
         const NSUInteger* const bitsOfY = y.takeChunk(chunk);
         result.putChunk<Operation>(chunk, bitsOfX ? bitsOfX : noBits, bitsOfY ? bitsOfY : noBits);
     }
+}
+
+IndexBlocks IndexBlocks::ofBits(std::span<const NSUInteger> words) {
+    Writer result;
+    for (std::size_t i = 0; i < words.size(); i += chunkWords)
+        result.putBits(i * 64, words.subspan(i, std::min(chunkWords, words.size() - i)));
+    return result.finish();
 }
 
 IndexBlocks IndexBlocks::united(const IndexBlocks& a, const IndexBlocks& b) { return combined<Union>(a, b); }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <vector>
 
 #include <ToviFoundationKit/Runtime/Export.h>
@@ -33,6 +34,7 @@ public:
 
     void add(NSRange added);
     void remove(NSRange removed);
+    static IndexBlocks ofBits(std::span<const NSUInteger> words);
     static IndexBlocks united(const IndexBlocks& a, const IndexBlocks& b);
     static IndexBlocks intersected(const IndexBlocks& a, const IndexBlocks& b);
     static IndexBlocks subtracted(const IndexBlocks& a, const IndexBlocks& b);

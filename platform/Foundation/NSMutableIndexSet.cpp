@@ -24,6 +24,10 @@ Ref<NSMutableIndexSet> NSMutableIndexSet::indexSetWithIndexSet(const NSIndexSet&
     return adopt(*new NSMutableIndexSet(other.blocks_));
 }
 
+Ref<NSMutableIndexSet> NSMutableIndexSet::indexSetWithBits(std::span<const std::uint64_t> words) {
+    return adopt(*new NSMutableIndexSet(detail::IndexBlocks::ofBits(words)));
+}
+
 Ref<NSMutableIndexSet> NSMutableIndexSet::of(std::initializer_list<NSUInteger> indexes) {
     Ref<NSMutableIndexSet> result = indexSet();
     for (const NSUInteger index : indexes)

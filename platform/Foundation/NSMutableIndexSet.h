@@ -1,5 +1,8 @@
 #pragma once
 
+#include <cstdint>
+#include <span>
+
 #include <ToviFoundationKit/Foundation/NSIndexSet.h>
 
 namespace tovi {
@@ -13,6 +16,8 @@ public:
     static Ref<NSMutableIndexSet> indexSetWithIndex(NSUInteger index);
     static Ref<NSMutableIndexSet> indexSetWithIndexesInRange(NSRange range);
     static Ref<NSMutableIndexSet> indexSetWithIndexSet(const NSIndexSet& other);
+    /// The positions of the bits that are set, counted from the lowest bit of the first word.
+    static Ref<NSMutableIndexSet> indexSetWithBits(std::span<const std::uint64_t> words);
     static Ref<NSMutableIndexSet> of(std::initializer_list<NSUInteger> indexes);
 
     /// Fast in any order, and fastest in ascending order.

@@ -28,6 +28,10 @@ Ref<NSMutableSet> NSMutableSet::setWithArray(const NSArray& array) {
 
 Ref<NSMutableSet> NSMutableSet::setWithSet(const NSSet& other) { return adopt(*new NSMutableSet(other.table_)); }
 
+Ref<NSMutableSet> NSMutableSet::symmetricDifference(const NSSet& a, const NSSet& b) {
+    return adopt(*new NSMutableSet(Table::symmetricDifference(a.table_, b.table_)));
+}
+
 void NSMutableSet::addObject(NSObject& object) {
     ++mutations_;
     insert(object);

@@ -14,6 +14,8 @@ public:
     static Ref<NSMutableSet> setWithObject(NSObject& object);
     static Ref<NSMutableSet> setWithArray(const NSArray& array);
     static Ref<NSMutableSet> setWithSet(const NSSet& other);
+    /// The elements that are in one of the two sets only.
+    static Ref<NSMutableSet> symmetricDifference(const NSSet& a, const NSSet& b);
     template <class... A> static Ref<NSMutableSet> of(const A&... values) {
         return setWithArray(NSArray::of(values...));
     }

@@ -121,7 +121,10 @@ NSComparisonResult NSNumber::compare(const NSNumber& other) const noexcept {
 }
 
 bool NSNumber::isEqual(const NSObject* other) const {
-    return other && &other->isa() == &classObject() && isEqualToNumber(static_cast<const NSNumber&>(*other));
+    if (!other || &other->isa() != &classObject())
+        return false;
+    const auto& number = static_cast<const NSNumber&>(*other);
+    return type_ == number.type_ && !isReal() ? integer_ == number.integer_ : isEqualToNumber(number);
 }
 
 namespace {

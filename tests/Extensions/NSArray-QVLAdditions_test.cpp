@@ -145,6 +145,53 @@ TEST(NSArrayAdditions, IndexesOfObjectsComeFromAnyCollection) {
                   "unrecognized selector");
 }
 
+TEST(NSArrayAdditions, LongListsWithRepetitionsAreSearchedLikeShortOnes) {
+    srandom(5);
+    const auto numbers = [](int count, long limit) {
+        const auto list = NSMutableArray::array();
+        for (int i = 0; i < count; ++i)
+            list->addObject(NSNumber::numberWithLong(random() % limit));
+        return list;
+    };
+    for (const int count : {0, 31, 32, 33, 1000}) {
+        const auto list = numbers(count, 300), objects = numbers(200, 600);
+        const auto all = NSMutableIndexSet::indexSet(), first = NSMutableIndexSet::indexSet();
+        const auto absent = NSMutableArray::array();
+        for (NSObject& object : *objects) {
+            if (!list->containsObject(object))
+                absent->addObject(object);
+            else
+                first->addIndex(list->indexOfObject(object));
+            for (NSUInteger i = 0; i < list->count(); ++i)
+                if ((*list)[i].isEqual(&object))
+                    all->addIndex(i);
+        }
+        EXPECT_EQ(differenceWithArray(list, objects), absent);
+        EXPECT_EQ(indexesOfObjects(list, *objects), all);
+        EXPECT_EQ(indexesOfObjects_allowsNotFound(list, *objects, true)->isEqual(first.get()), true);
+    }
+}
+
+TEST(NSArrayAdditions, AListThatItsElementsChangeIsNotReadFurther) {
+    static NSMutableArray* emptied = nullptr;
+    struct Vandal : NSObject {
+        bool isEqual(const NSObject*) const override {
+            if (emptied)
+                emptied->removeAllObjects();
+            return false;
+        }
+        NSUInteger hash() const override { return 7; }
+    };
+    const auto vandals = [] { return NSMutableArray::of(adopt(*new Vandal), adopt(*new Vandal)); };
+    const auto list = NSMutableArray::of(Lookalike::make()), others = vandals();
+    for (NSMutableArray* victim : {list.get(), others.get()}) {
+        emptied = victim;
+        EXPECT_RAISES(differenceWithArray(list, others), NSGenericException, "was mutated while being enumerated");
+        emptied = nullptr;
+        list->addObject(Lookalike::make());
+    }
+}
+
 TEST(NSArrayAdditions, OrderedIdentityMatchingNeverLooksBack) {
     const auto a = Lookalike::make(), b = Lookalike::make(), z = Lookalike::make();
     const auto ordered = [](const NSArray& list, const NSArray& objects, bool allows) {

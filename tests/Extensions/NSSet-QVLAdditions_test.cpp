@@ -22,6 +22,20 @@ TEST(NSSetAdditions, AlgebraAnswersNewSets) {
     EXPECT_EQ(receiver, set(1, 2));
 }
 
+TEST(NSSetAdditions, OddEqualityDoesNoHarm) {
+    // Equal to everything, though nothing is equal to it.
+    struct Flatterer : NSObject {
+        bool isEqual(const NSObject* other) const override { return other; }
+        NSUInteger hash() const override { return NSNumber::numberWithInt(1)->hash(); }
+    };
+    const auto flatterers = NSMutableSet::set();
+    for (int i = 0; i < 3; ++i)
+        flatterers->addObject(adopt(*new Flatterer));
+    EXPECT_EQ(flatterers->count(), 1U);
+    flatterers->addObject(NSNumber::numberWithInt(1));
+    EXPECT_EQ(setByComplementingIntersectionWithSet(set(1, 2), flatterers), set(2));
+}
+
 TEST(NSSetAdditions, EveryOperationIsReachedThroughItsSelector) {
     for (const char* name :
          {"setByUnioningSet:", "setByMinusingSet:", "setByIntersectingSet:", "setByComplementingIntersectionWithSet:",

@@ -145,3 +145,26 @@ TEST(NSIndexSet, NoticesAChangeWhileItIsEnumerated) {
         }(),
         NSGenericException, "*** Collection <NSMutableIndexSet: 0x");
 }
+
+TEST(NSMutableIndexSet, IsMadeOfBits) {
+    std::mt19937_64 random(9);
+    std::mt19937 questions(9);
+    for (const std::size_t words : {1, 2, 511, 512, 513, 1100}) {
+        std::vector<std::uint64_t> dense(words), sparse(words), all(words, ~std::uint64_t{0});
+        for (std::size_t i = 0; i < words; ++i) {
+            dense[i] = random();
+            sparse[i] = i % 97 ? 0 : 0x8000'0000'0000'0001;
+        }
+        for (const auto& row : {dense, sparse, all}) {
+            std::vector<bool> expected(words * 64);
+            for (std::size_t i = 0; i < expected.size(); ++i)
+                expected[i] = row[i / 64] >> i % 64 & 1;
+            const auto set = NSMutableIndexSet::indexSetWithBits(row);
+            check(set, expected, questions);
+            set->addIndex(63), expected[63] = true;
+            set->removeIndex(0), expected[0] = false;
+            check(set, expected, questions);
+        }
+    }
+    EXPECT_EQ(NSMutableIndexSet::indexSetWithBits({})->count(), 0U);
+}

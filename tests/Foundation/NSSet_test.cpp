@@ -80,6 +80,14 @@ TEST(NSMutableSet, AlgebraAgreesWithAModelAndKeepsTheOrderOfAddition) {
             EXPECT_EQ(set.isSubsetOfSet(other), std::includes(b.begin(), b.end(), a.begin(), a.end()));
             EXPECT_EQ(set.intersectsSet(other), std::any_of(a.begin(), a.end(), [&](int n) { return b.contains(n); }));
             EXPECT_EQ(set.isEqualToSet(other), a == b);
+            Model inOneOnly = model, onlyInOther = otherModel;
+            inOneOnly.keep(otherModel, false), onlyInOther.keep(model, false);
+            for (const int n : onlyInOther.numbers)
+                inOneOnly.add(n);
+            const auto difference = NSMutableSet::symmetricDifference(set, other);
+            EXPECT_EQ(ints(difference), inOneOnly.numbers);
+            for (const int n : inOneOnly.numbers)
+                EXPECT_TRUE(difference->containsObject(NSNumber::numberWithInt(n)));
             EXPECT_TRUE(a != b || set.hash() == other.hash());
         }
     }
