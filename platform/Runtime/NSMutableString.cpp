@@ -13,7 +13,17 @@ Ref<NSMutableString> NSMutableString::string() { return adopt(*new NSMutableStri
 
 Ref<NSMutableString> NSMutableString::stringWithString(const NSString& other) {
     Ref<NSMutableString> result = string();
-    result->appendString(other);
+    const Class& exact = other.isa();
+    const NSString* const source = &exact == &class_.value ? static_cast<const NSMutableString&>(other).source()
+                                   : &exact == &NSString::classObject() ? &other
+                                                                        : nullptr;
+    if (!source || !other.length()) {
+        result->appendString(other);
+        return result;
+    }
+    source->retain();
+    result->own(other.view().data(), reinterpret_cast<std::uintptr_t>(source));
+    result->length_ = other.length();
     return result;
 }
 
@@ -23,17 +33,29 @@ Ref<NSMutableString> NSMutableString::stringWithCapacity(NSUInteger capacity) {
     return result;
 }
 
-NSMutableString::~NSMutableString() {
-    if (capacity_)
+NSMutableString::~NSMutableString() { own(nullptr, 0); }
+
+void NSMutableString::own(const char16_t* units, std::uintptr_t store) noexcept {
+    if (const NSString* const shared = source())
+        shared->release();
+    else if (capacity())
         std::free(const_cast<char16_t*>(units_));
+    units_ = units;
+    store_ = store;
 }
 
 void NSMutableString::reserve(NSUInteger capacity) {
-    if (capacity <= capacity_)
+    if (capacity <= this->capacity())
         return;
-    void* const old = capacity_ ? const_cast<char16_t*>(units_) : nullptr;
-    units_ = static_cast<const char16_t*>(detail::resized(old, 0, capacity));
-    capacity_ = capacity;
+    char16_t* fresh;
+    if (this->capacity()) {
+        fresh = static_cast<char16_t*>(detail::resized(const_cast<char16_t*>(units_), 0, capacity));
+        store_ = 0;
+    } else {
+        fresh = static_cast<char16_t*>(detail::allocated(0, capacity));
+        std::copy_n(units_, length_, fresh);
+    }
+    own(fresh, capacity << 1 | 1);
 }
 
 /// What every change comes down to. The replacement may be a part of the receiver.
@@ -43,8 +65,8 @@ void NSMutableString::splice(NSRange range, std::u16string_view replacement) {
         return splice(range, *kept);
     }
     const NSUInteger length = length_ - range.length + replacement.size();
-    if (length > capacity_)
-        reserve(std::max(length, capacity_ * 2));
+    if (length > capacity() || source())
+        reserve(std::max({length, length_, capacity() * 2}));
     auto* const target = const_cast<char16_t*>(units_) + range.location;
     std::memmove(target + replacement.size(), target + range.length, (length_ - range.end()) * sizeof(char16_t));
     std::copy_n(replacement.data(), replacement.size(), target);
@@ -75,8 +97,11 @@ void NSMutableString::replaceCharactersInRange_withCharacters(NSRange range, std
 
 void NSMutableString::setString(const NSString& other) { splice({0, length_}, other); }
 
-NSUInteger NSMutableString::hash() const { return hashOf(*this); }
-Ref<NSObject> NSMutableString::copy() const { return stringWithCharacters(*this); }
+NSUInteger NSMutableString::hash() const { return source() ? source()->hash() : hashOf(*this); }
+
+Ref<NSObject> NSMutableString::copy() const {
+    return source() ? share<NSObject>(*source()) : stringWithCharacters(*this);
+}
 
 namespace {
 

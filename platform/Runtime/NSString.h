@@ -116,7 +116,8 @@ private:
     friend class StringBuilder;
 };
 
-/// Text that can be changed. Not for several threads at once.
+/// Text that can be changed. Not for several threads at once. A copy of an immutable string shares its units until the
+/// first change.
 class TOVI_EXPORT NSMutableString final : public NSString {
     TOVI_DECLARE_CLASS(NSMutableString)
 
@@ -148,7 +149,13 @@ private:
     void reserve(NSUInteger capacity);
     void splice(NSRange range, std::u16string_view replacement);
 
-    NSUInteger capacity_ = 0;  ///< 0: the units are not ours
+    const NSString* source() const noexcept { return store_ & 1 ? nullptr : reinterpret_cast<const NSString*>(store_); }
+    NSUInteger capacity() const noexcept { return store_ & 1 ? store_ >> 1 : 0; }
+    void own(const char16_t* units, std::uintptr_t store) noexcept;
+
+    /// The immutable string whose units these are, or null; or, with the lowest bit set, how many units fit into memory
+    /// of our own.
+    std::uintptr_t store_ = 0;
 };
 
 inline bool operator==(const NSString& a, const NSString& b) noexcept { return a.isEqualToString(b); }
