@@ -20,10 +20,13 @@
 #include <ToviFoundationKit/Runtime/StringBuilder.h>
 
 #include <ToviFoundationKit/Foundation/Clock.h>
+#include <ToviFoundationKit/Foundation/NSArchiver.h>
 #include <ToviFoundationKit/Foundation/NSBundle.h>
 #include <ToviFoundationKit/Foundation/NSData.h>
 #include <ToviFoundationKit/Foundation/NSDate.h>
 #include <ToviFoundationKit/Foundation/NSEnumerator.h>
+#include <ToviFoundationKit/Foundation/NSKeyedArchiver.h>
+#include <ToviFoundationKit/Foundation/NSKeyedUnarchiver.h>
 #include <ToviFoundationKit/Foundation/NSLock.h>
 #include <ToviFoundationKit/Foundation/NSMutableArray.h>
 #include <ToviFoundationKit/Foundation/NSMutableDictionary.h>
@@ -31,6 +34,7 @@
 #include <ToviFoundationKit/Foundation/NSMutableSet.h>
 #include <ToviFoundationKit/Foundation/NSNull.h>
 #include <ToviFoundationKit/Foundation/NSThread.h>
+#include <ToviFoundationKit/Foundation/NSUnarchiver.h>
 #include <ToviFoundationKit/Foundation/PreferredLanguages.h>
 
 #include <ToviFoundationKit/AppKit/NSAppKitVersion.h>
@@ -42,3 +46,7 @@
 #include <ToviFoundationKit/Extensions/NSObject-Singleton.h>
 #include <ToviFoundationKit/Extensions/NSSet-QVLAdditions.h>
 #include <ToviFoundationKit/Extensions/NSThread-QVLAdditions.h>
+
+#include <ToviFoundationKit/nodes/QVLHashNode.h>
+#include <ToviFoundationKit/nodes/QVLNode.h>
+#include <ToviFoundationKit/nodes/QVLNode2.h>

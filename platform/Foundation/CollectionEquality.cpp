@@ -14,7 +14,9 @@ using Verdict = std::optional<bool>;
 Verdict verdictOn(const NSObject& a, const NSObject& b) {
     if (&a == &b)
         return true;
-    const CollectionKind kind = kindOf(a);
+    const CollectionKind kind = kindOf(a, Class::ByParts::Equality);
+    if (kind == CollectionKind::Composite)
+        return b.isKindOfClass(a.isa()) ? Verdict() : false;
     if (kind != CollectionKind::None && kind == kindOf(b))
         return std::nullopt;
     return a.isEqual(&b);
@@ -32,11 +34,13 @@ struct Comparison {
     std::size_t probe = 0;     ///< the slot of b's index
 };
 
-/// Either the outcome of a comparison or a pair of nested collections to be compared first.
+/// Either the outcome of a comparison or a pair of nested collections to be compared first; the outcome of the last
+/// such pair is that of the whole comparison.
 struct Step {
     Verdict outcome;
     const NSObject* a = nullptr;
     const NSObject* b = nullptr;
+    bool last = false;
 };
 
 Step continueLists(Comparison& at, const NSArray& a, const NSArray& b, Verdict verdict) {
@@ -48,11 +52,36 @@ Step continueLists(Comparison& at, const NSArray& a, const NSArray& b, Verdict v
         ++at.position;
         verdict = verdictOn(x, y);
         if (!verdict)
-            return {verdict, &x, &y};
+            return {verdict, &x, &y, at.position == a.count()};
         if (!*verdict)
             return {false};
     }
     return {true};
+}
+
+bool isEmpty(const NSObject* children) {
+    if (const auto* keyed = as<NSDictionary>(children))
+        return !keyed->count();
+    const auto* list = as<NSArray>(children);
+    return !children || (list && !list->count());
+}
+
+Step continueComposites(Comparison& at, const Composite& a, const Composite& b, Verdict verdict) {
+    if (at.phase == Comparison::Phase::Entry) {
+        const NSObject* const x = CompositeAccess::data(a);
+        const NSObject* const y = CompositeAccess::data(b);
+        at.phase = Comparison::Phase::Value;
+        verdict = x && y ? verdictOn(*x, *y) : false;
+        if (!verdict)
+            return {verdict, x, y};
+    }
+    if (!*verdict)
+        return {false};
+    const NSObject* const x = CompositeAccess::children(a);
+    const NSObject* const y = CompositeAccess::children(b);
+    if (isEmpty(x) || isEmpty(y))
+        return {isEmpty(x) && isEmpty(y)};
+    return {verdictOn(*x, *y), x, y, true};
 }
 
 Verdict verdictOnValues(const DictionaryEntry& a, const DictionaryEntry& b) { return verdictOn(*a.value, *b.value); }
@@ -115,6 +144,9 @@ Step advance(Comparison& at, Verdict verdict) {
         case CollectionKind::Dictionary:
             return continueTables(at, CollectionAccess::table(static_cast<const NSDictionary&>(*at.a)),
                                   CollectionAccess::table(static_cast<const NSDictionary&>(*at.b)), verdict);
+        case CollectionKind::Composite:
+            return continueComposites(at, static_cast<const Composite&>(*at.a), static_cast<const Composite&>(*at.b),
+                                      verdict);
         default:
             return continueTables(at, CollectionAccess::table(static_cast<const NSSet&>(*at.a)),
                                   CollectionAccess::table(static_cast<const NSSet&>(*at.b)), verdict);
@@ -129,8 +161,9 @@ bool equal(Comparison at) {
         const Step step = advance(at, verdict);
         verdict = step.outcome;
         if (!verdict) {
-            waiting.push_back(at);
-            at = {step.a, step.b, kindOf(*step.a)};
+            if (!step.last)
+                waiting.push_back(at);
+            at = {step.a, step.b, kindOf(*step.a, Class::ByParts::Equality)};
         } else if (waiting.empty()) {
             return *verdict;
         } else {
@@ -149,5 +182,9 @@ bool equalDictionaries(const NSDictionary& a, const NSDictionary& b) {
 }
 
 bool equalSets(const NSSet& a, const NSSet& b) { return &a == &b || equal({&a, &b, CollectionKind::Set}); }
+
+bool equalParts(const Composite& a, const Composite& b) {
+    return &a == &b || equal({&a, &b, CollectionKind::Composite});
+}
 
 }  // namespace tovi::detail

@@ -25,16 +25,16 @@ NSUInteger hashOfSet(const NSSet& set) noexcept {
     return scattered(sum);
 }
 
-/// The hash of a list or a dictionary, as far as it has come.
+/// The hash of a list, a dictionary or a composite, as far as it has come.
 class Hashing {
 public:
     Hashing(const NSObject& collection, CollectionKind kind) noexcept : collection_(&collection), kind_(kind) {}
 
-    /// Goes on until a nested list or dictionary is reached, which is answered; its hash is to be given to `take`.
+    /// Goes on until a nested one is reached, which is answered; its hash is to be given to `take`.
     const NSObject* nextNested() {
         while (const NSObject* const object = current()) {
-            const CollectionKind kind = kindOf(*object);
-            if (kind == CollectionKind::Array || kind == CollectionKind::Dictionary)
+            const CollectionKind kind = kindOf(*object, Class::ByParts::Hash);
+            if (kind != CollectionKind::None && kind != CollectionKind::Set)
                 return object;
             take(object->hash());
         }
@@ -44,13 +44,15 @@ public:
     void take(NSUInteger hash) noexcept {
         if (kind_ == CollectionKind::Array)
             sum_ = scattered(sum_ * factor + hash);
+        else if (kind_ == CollectionKind::Composite)
+            sum_ ^= hash;
         else
             sum_ += scattered((hash + keyHash()) * factor + keyHash());
         ++position_;
         ++count_;
     }
 
-    NSUInteger result() const noexcept { return scattered(sum_ + count_); }
+    NSUInteger result() const noexcept { return kind_ == CollectionKind::Composite ? sum_ : scattered(sum_ + count_); }
 
 private:
     const auto& table() const noexcept {
@@ -63,6 +65,14 @@ private:
             const auto& array = static_cast<const NSArray&>(*collection_);
             return position_ < array.count() ? &CollectionAccess::object(array, position_) : nullptr;
         }
+        if (kind_ == CollectionKind::Composite) {
+            const auto& composite = static_cast<const Composite&>(*collection_);
+            if (position_ == 0 && !CompositeAccess::data(composite))
+                ++position_;
+            return position_ == 0   ? CompositeAccess::data(composite)
+                   : position_ == 1 ? CompositeAccess::children(composite)
+                                    : nullptr;
+        }
         const HashIndex& index = table().index();
         while (position_ < index.size() && !index[position_])
             ++position_;
@@ -71,7 +81,7 @@ private:
 
     const NSObject* collection_;
     CollectionKind kind_;
-    std::size_t position_ = 0;  ///< the element of a list, the slot of a dictionary's index
+    std::size_t position_ = 0;  ///< the element of a list, the slot of a dictionary's index, a composite's part
     std::size_t count_ = 0;
     NSUInteger sum_ = 0;
 };
@@ -87,7 +97,7 @@ NSUInteger hashOfCollection(const NSObject& collection, CollectionKind kind) {
     for (;;) {
         if (const NSObject* const nested = at.nextNested()) {
             outer.push_back(at);
-            at = Hashing(*nested, kindOf(*nested));
+            at = Hashing(*nested, kindOf(*nested, Class::ByParts::Hash));
         } else if (outer.empty()) {
             return at.result();
         } else {

@@ -2,15 +2,16 @@
 
 #include <cstdint>
 
+#include <ToviFoundationKit/Foundation/Composite_p.h>
 #include <ToviFoundationKit/Foundation/NSMutableArray.h>
 #include <ToviFoundationKit/Foundation/NSMutableDictionary.h>
 #include <ToviFoundationKit/Foundation/NSMutableSet.h>
 
 namespace tovi::detail {
 
-/// The platform's own collections, which equality, hash and description follow without recursion. A host's subclass is
-/// asked as any other object is.
-enum class CollectionKind : std::uint8_t { None, Array, Dictionary, Set };
+/// The platform's own collections, which equality, hash and description follow without recursion, and composites, which
+/// the first two follow. A host's subclass is asked as any other object is.
+enum class CollectionKind : std::uint8_t { None, Array, Dictionary, Set, Composite };
 
 inline CollectionKind kindOf(const NSObject& object) noexcept {
     const Class* const exact = &object.isa();
@@ -23,17 +24,37 @@ inline CollectionKind kindOf(const NSObject& object) noexcept {
     return CollectionKind::None;
 }
 
+/// The same, with composites that leave the operation to their parts.
+inline CollectionKind kindOf(const NSObject& object, Class::ByParts operation) noexcept {
+    const CollectionKind kind = kindOf(object);
+    return kind == CollectionKind::None && compositeFor(object, operation) ? CollectionKind::Composite : kind;
+}
+
 /// The insides of collections.
 struct CollectionAccess {
     static NSUInteger count(const NSArray& array) noexcept { return array.count_; }
     static NSObject& object(const NSArray& array, NSUInteger index) noexcept { return *array.objects_[index]; }
     static const auto& table(const NSDictionary& dictionary) noexcept { return dictionary.table_; }
     static const auto& table(const NSSet& set) noexcept { return set.table_; }
+
+    // For objects that come to be before what they contain.
+    static Ref<NSArray> newList(NSUInteger capacity) { return NSArray::allocate(capacity); }
+    static Ref<NSDictionary> newDictionary() { return adopt(*new NSDictionary); }
+    static Ref<NSSet> newSet() { return adopt(*new NSSet); }
+    static auto& table(NSDictionary& dictionary) noexcept { return dictionary.table_; }
+    static auto& table(NSSet& set) noexcept { return set.table_; }
+    /// Only when there is room.
+    static void append(NSArray& array, NSObject* object) noexcept { array.append(&object, 1); }
+    static void removeAll(NSArray& array) noexcept {
+        while (array.count_)
+            array.objects_[--array.count_]->release();
+    }
 };
 
 bool equalLists(const NSArray& a, const NSArray& b);
 bool equalDictionaries(const NSDictionary& a, const NSDictionary& b);
 bool equalSets(const NSSet& a, const NSSet& b);
+bool equalParts(const Composite& a, const Composite& b);
 NSUInteger hashOfCollection(const NSObject& collection, CollectionKind kind);
 Ref<NSString> descriptionOfCollection(const NSObject& collection, CollectionKind kind);
 

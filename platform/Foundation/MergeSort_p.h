@@ -53,6 +53,8 @@ template <class T, class After> void mergeSortWithin(std::span<T> items, T* scra
 /// A stable sort of plain data that stays within the items however the comparison behaves. When that throws, the items
 /// are left in a state of no use. `after(a, b)` answers whether a belongs behind b.
 template <class T, class After> void mergeSort(std::span<T> items, After after) {
+    if (items.size() <= longestInsertion)
+        return insertionSort(items, after);
     std::vector<T> scratch(items.size() / 2);
     mergeSortWithin(items, scratch.data(), after);
 }

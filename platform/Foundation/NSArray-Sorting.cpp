@@ -3,16 +3,24 @@
 #include <optional>
 
 #include <ToviFoundationKit/Foundation/KeySort_p.h>
-#include <ToviFoundationKit/Foundation/NSArray.h>
+#include <ToviFoundationKit/Foundation/NSMutableArray.h>
 #include <ToviFoundationKit/Runtime/Additions.h>
 #include <ToviFoundationKit/Runtime/Message.h>
+#include <ToviFoundationKit/Runtime/NSException.h>
 
 namespace tovi {
 
 namespace {
 
-using detail::Keyed;
-using Keys = std::optional<std::vector<Keyed>>;
+/// What is sorted: an object, or an object with another one that stands for it.
+struct Substitute {
+    NSObject* key;
+    NSObject* object;
+};
+NSObject* keyIn(NSObject* object) noexcept { return object; }
+NSObject* keyIn(const Substitute& item) noexcept { return item.key; }
+
+template <class Item> using Keys = std::optional<std::vector<detail::Keyed<Item>>>;
 
 /// True where objects of the class answer the selector with the given operation, which nobody has replaced.
 template <auto operation, class T> bool answersWith(Selector selector) {
@@ -20,12 +28,12 @@ template <auto operation, class T> bool answersWith(Selector selector) {
     return method && method->direct == instance<operation>("").method.direct;
 }
 
-/// The keys of objects that `keyOf` all answers a key for.
-template <class KeyOf> Keys keysOf(std::span<NSObject* const> objects, KeyOf keyOf) {
-    std::vector<Keyed> keys;
-    keys.reserve(objects.size());
-    for (NSObject* const each : objects) {
-        const std::optional<std::uint64_t> key = keyOf(*each);
+/// The keys of items that `keyOf` all answers a key for.
+template <class Item, class KeyOf> Keys<Item> keysOf(std::span<Item> items, KeyOf keyOf) {
+    std::vector<detail::Keyed<Item>> keys;
+    keys.reserve(items.size());
+    for (const Item& each : items) {
+        const std::optional<std::uint64_t> key = keyOf(*keyIn(each));
         if (!key)
             return std::nullopt;
         keys.push_back({*key, each});
@@ -78,54 +86,63 @@ std::optional<std::uint64_t> textKey(const NSObject& object) {
     return key;
 }
 
-void takeOrder(std::span<NSObject*> objects, const std::vector<Keyed>& keys) {
-    std::transform(keys.begin(), keys.end(), objects.begin(), [](const Keyed& each) { return each.object; });
+template <class Item> void takeOrder(std::span<Item> items, const std::vector<detail::Keyed<Item>>& keys) {
+    std::transform(keys.begin(), keys.end(), items.begin(), [](const auto& each) { return each.item; });
 }
 
-bool sortNumbers(std::span<NSObject*> objects) {
-    Keys keys = keysOf(objects, integerKey);
+template <class Item> bool sortNumbers(std::span<Item> items) {
+    Keys<Item> keys = keysOf(items, integerKey);
     if (!keys)
-        keys = keysOf(objects, realKey);
+        keys = keysOf(items, realKey);
     if (!keys)
         return false;
     detail::sortByKeys(*keys);
-    takeOrder(objects, *keys);
+    takeOrder(items, *keys);
     return true;
 }
 
-bool sortTexts(std::span<NSObject*> objects) {
-    Keys keys = keysOf(objects, textKey);
+template <class Item> bool sortTexts(std::span<Item> items) {
+    Keys<Item> keys = keysOf(items, textKey);
     if (!keys)
         return false;
     detail::sortByKeys(*keys);
-    detail::sortWithinKeys(*keys, [](const NSObject& a, const NSObject& b) {
-        return static_cast<const NSString&>(a).compare(static_cast<const NSString&>(b)) > 0;
+    detail::sortWithinKeys(*keys, [](const Item& a, const Item& b) {
+        return static_cast<const NSString&>(*keyIn(a)).compare(static_cast<const NSString&>(*keyIn(b))) > 0;
     });
-    takeOrder(objects, *keys);
+    takeOrder(items, *keys);
     return true;
 }
 
 using Comparison = detail::DirectEntry<NSInteger, NSObject*>;
 
-/// The operation of objects that are all of one class, where it takes an object and answers an integer.
-const Method* commonMethod(std::span<NSObject* const> objects, Selector comparator) {
-    const DispatchTable& table = objects[0]->dispatchTable();
+/// The operation of keys that are all of one class, where it takes an object and answers an integer.
+template <class Item> const Method* commonMethod(std::span<Item> items, Selector comparator) {
+    const DispatchTable& table = keyIn(items[0])->dispatchTable();
     const Method* const method = table.find(comparator);
     const bool fits = method && method->code == detail::signatureCode<NSInteger, NSObject*>;
-    const auto isOther = [&](const NSObject* each) { return &each->dispatchTable() != &table; };
-    return fits && std::none_of(objects.begin(), objects.end(), isOther) ? method : nullptr;
+    const auto isOther = [&](const Item& each) { return &keyIn(each)->dispatchTable() != &table; };
+    return fits && std::none_of(items.begin(), items.end(), isOther) ? method : nullptr;
 }
 
-void sortBySelector(std::span<NSObject*> objects, Selector comparator) {
-    if (answersWith<&NSNumber::compare, NSNumber>(comparator) && sortNumbers(objects))
+template <class Item> void sortBySelector(std::span<Item> items, Selector comparator) {
+    if (answersWith<&NSNumber::compare, NSNumber>(comparator) && sortNumbers(items))
         return;
-    if (answersWith<&NSString::compare, NSString>(comparator) && sortTexts(objects))
+    if (answersWith<&NSString::compare, NSString>(comparator) && sortTexts(items))
         return;
-    if (const Method* const method = commonMethod(objects, comparator))
-        return detail::mergeSort(objects, [method, compare = reinterpret_cast<Comparison>(method->direct)](
-                                              NSObject* a, NSObject* b) { return compare(*method, *a, b) > 0; });
-    detail::mergeSort(objects, [site = MessageSite(comparator)](NSObject* a, NSObject* b) mutable {
-        return site.send<NSInteger>(*a, *b) > 0;
+    if (const Method* const method = commonMethod(items, comparator))
+        return detail::mergeSort(
+            items, [method, compare = reinterpret_cast<Comparison>(method->direct)](const Item& a, const Item& b) {
+                return compare(*method, *keyIn(a), keyIn(b)) > 0;
+            });
+    detail::mergeSort(items, [site = MessageSite(comparator)](const Item& a, const Item& b) mutable {
+        return site.template send<NSInteger>(*keyIn(a), keyIn(b)) > 0;
+    });
+}
+
+// A message to nil answers 0, that is, that the two are the same.
+void sortWithNilKeys(std::span<Substitute> items, Selector comparator) {
+    detail::mergeSort(items, [site = MessageSite(comparator)](const Substitute& a, const Substitute& b) mutable {
+        return a.key && site.send<NSInteger>(*a.key, b.key) > 0;
     });
 }
 
@@ -150,6 +167,31 @@ Ref<NSArray> NSArray::sortedArrayUsingFunction_context(NSSortFunction compare, v
     return sortedCopy([=](std::span<NSObject*> objects) {
         detail::mergeSort(objects, [=](NSObject* a, NSObject* b) { return compare(*a, *b, context) > 0; });
     });
+}
+
+// Descending, stable too: what was last comes first, is sorted, and changes places once more.
+void NSMutableArray::sortUsingKeys(std::span<const id> keys, Selector comparator, bool descending) {
+    willChange("sortUsingKeys");
+    if (keys.size() != count_)
+        NSException::raise(NSInvalidArgumentException, u"%lu keys for %lu objects", keys.size(), count_);
+    if (count_ < 2)
+        return;
+    const std::uint32_t before = mutations_;
+    std::vector<Substitute> items;
+    items.reserve(count_);
+    for (NSUInteger i = 0; i < count_; ++i)
+        items.push_back({keys[i].get(), objects_[i]});
+    const auto turn = [&] { return descending ? std::reverse(items.begin(), items.end()) : void(); };
+    turn();
+    if (std::all_of(keys.begin(), keys.end(), [](const id& each) { return static_cast<bool>(each); }))
+        sortBySelector(std::span(items), comparator);
+    else
+        sortWithNilKeys(items, comparator);
+    turn();
+    if (mutations_ != before)
+        detail::raiseMutatedWhileEnumerated(*this);
+    std::transform(items.begin(), items.end(), objects_, [](const Substitute& each) { return each.object; });
+    ++mutations_;
 }
 
 }  // namespace tovi

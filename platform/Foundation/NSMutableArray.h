@@ -65,6 +65,10 @@ public:
         sortUsingFunction_context(&invokeComparison<F>, &compare);
     }
 
+    /// Sorts by objects that stand for the elements, one for each in their order: the comparator is sent to these. Nil
+    /// compares as same. Raises NSInvalidArgumentException when there are more or fewer of them than elements.
+    void sortUsingKeys(std::span<const id> keys, Selector comparator, bool descending = false);
+
     /// Room for so many elements in all.
     void reserve(NSUInteger capacity);
 

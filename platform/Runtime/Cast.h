@@ -11,11 +11,15 @@ namespace detail {
 }
 
 /// The object as a T when it is one (by its run-time class), else null: `if (const auto* text = as<NSString>(object))`.
-template <class T> T* as(NSObject* object) noexcept {
-    return object && object->isKindOfClass(T::classObject()) ? static_cast<T*>(object) : nullptr;
-}
 template <class T> const T* as(const NSObject* object) noexcept {
-    return object && object->isKindOfClass(T::classObject()) ? static_cast<const T*>(object) : nullptr;
+    if (!object)
+        return nullptr;
+    const Class& exact = object->isa();
+    return &exact == &T::classObject() || exact.isSubclassOfClass(T::classObject()) ? static_cast<const T*>(object)
+                                                                                    : nullptr;
+}
+template <class T> T* as(NSObject* object) noexcept {
+    return const_cast<T*>(as<T>(static_cast<const NSObject*>(object)));
 }
 
 /// The object as a T; raises NSInvalidArgumentException when it is nil or of another class.

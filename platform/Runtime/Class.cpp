@@ -124,8 +124,10 @@ bool Class::isSubclassOfClass(const Class& ancestor) const noexcept {
     return each;
 }
 
-bool Class::conformsTo(Protocol protocol) const noexcept {
-    return recipe_.protocols() & static_cast<unsigned>(protocol);
+unsigned Class::findTraits() const noexcept {
+    constexpr unsigned known = 1U << 31;
+    traits_.store(recipe_.protocols() | known, std::memory_order_relaxed);
+    return traits_.load(std::memory_order_relaxed);
 }
 
 id Class::makeInstance() const {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <initializer_list>
 #include <string_view>
 #include <type_traits>
@@ -60,6 +61,8 @@ public:
         NSObject* (*makeInstance)();  ///< answers null where instances cannot be made from nothing
         unsigned (*protocols)();
     };
+    /// What instances leave to `detail::Composite`, rather than bringing an operation of their own.
+    enum class ByParts : unsigned { Equality = 4, Hash = 8, Copy = 16, Description = 32 };
 
     constexpr explicit Class(Recipe recipe) noexcept
         : NSObject(Immortal()),
@@ -77,7 +80,8 @@ public:
     std::string_view name() const noexcept { return recipe_.name; }
     Class* superclass() const noexcept { return recipe_.superclass; }
     bool isSubclassOfClass(const Class& ancestor) const noexcept;
-    bool conformsTo(Protocol protocol) const noexcept;
+    bool conformsTo(Protocol protocol) const noexcept { return traits() & static_cast<unsigned>(protocol); }
+    bool answersByParts(ByParts operation) const noexcept { return traits() & static_cast<unsigned>(operation); }
     bool instancesRespondToSelector(Selector selector) const noexcept { return instanceMethods_.find(selector); }
 
     /// A new instance of this very class, or nil where the class has no default constructor.
@@ -116,8 +120,14 @@ private:
     const Method* findAccessor(const NSString& key) const;
     [[noreturn]] void raiseWrongReceiver(Selector selector, const Class& receiver) const;
     void forgetLookups() noexcept;
+    unsigned traits() const noexcept {
+        const unsigned known = traits_.load(std::memory_order_relaxed);
+        return known ? known : findTraits();
+    }
+    unsigned findTraits() const noexcept;
 
     Recipe recipe_;
+    mutable std::atomic<unsigned> traits_ = 0;  ///< the recipe's protocols, once asked for
     DispatchTable instanceMethods_;
     DispatchTable classMethods_;
     mutable PublishedMap<AccessorTraits> accessors_;
@@ -140,6 +150,21 @@ union TOVI_EXPORT ImmortalClass {
 
 template <class Member> inline constexpr bool isOfNSObject = false;
 template <> inline constexpr bool isOfNSObject<Ref<NSObject> (NSObject::*)() const> = true;
+
+/// What class T leaves as its composite base (T::CompositeBase) has it.
+template <class T, class Equality, class Hash, class Copy, class Description> constexpr unsigned traitsByParts() {
+    using Base = typename T::CompositeBase;
+    unsigned traits = 0;
+    if (std::is_same_v<Equality, bool (Base::*)(const NSObject*) const>)
+        traits |= static_cast<unsigned>(Class::ByParts::Equality);
+    if (std::is_same_v<Hash, NSUInteger (Base::*)() const>)
+        traits |= static_cast<unsigned>(Class::ByParts::Hash);
+    if (std::is_same_v<Copy, Ref<NSObject> (Base::*)() const>)
+        traits |= static_cast<unsigned>(Class::ByParts::Copy);
+    if (std::is_same_v<Description, Ref<NSString> (Base::*)() const>)
+        traits |= static_cast<unsigned>(Class::ByParts::Description);
+    return traits;
+}
 
 }  // namespace detail
 
@@ -195,20 +220,23 @@ private:
         ::tovi::Class::Recipe{#Self, &Super::class_.value, &makeInstance_<Self>, &protocols_<Self>}}; \
     const ::tovi::ClassRegistrar Self::registrar_{class_.value};
 
-#define TOVI_CLASS_RECIPE(Self)                                                  \
-    template <class T> static ::tovi::NSObject* makeInstance_() {                \
-        if constexpr (requires { new T(); })                                     \
-            return new T();                                                      \
-        else                                                                     \
-            return nullptr;                                                      \
-    }                                                                            \
-    template <class T> static unsigned protocols_() {                            \
-        unsigned result = 0;                                                     \
-        if constexpr (!::tovi::detail::isOfNSObject<decltype(&T::copy)>)         \
-            result |= static_cast<unsigned>(::tovi::Protocol::NSCopying);        \
-        if constexpr (!::tovi::detail::isOfNSObject<decltype(&T::mutableCopy)>)  \
-            result |= static_cast<unsigned>(::tovi::Protocol::NSMutableCopying); \
-        return result;                                                           \
+#define TOVI_CLASS_RECIPE(Self)                                                                                       \
+    template <class T> static ::tovi::NSObject* makeInstance_() {                                                     \
+        if constexpr (requires { new T(); })                                                                          \
+            return new T();                                                                                           \
+        else                                                                                                          \
+            return nullptr;                                                                                           \
+    }                                                                                                                 \
+    template <class T> static unsigned protocols_() {                                                                 \
+        unsigned result = 0;                                                                                          \
+        if constexpr (!::tovi::detail::isOfNSObject<decltype(&T::copy)>)                                              \
+            result |= static_cast<unsigned>(::tovi::Protocol::NSCopying);                                             \
+        if constexpr (!::tovi::detail::isOfNSObject<decltype(&T::mutableCopy)>)                                       \
+            result |= static_cast<unsigned>(::tovi::Protocol::NSMutableCopying);                                      \
+        if constexpr (requires { typename T::CompositeBase; })                                                        \
+            result |= ::tovi::detail::traitsByParts<T, decltype(&T::isEqual), decltype(&T::hash), decltype(&T::copy), \
+                                                    decltype(&T::description)>();                                     \
+        return result;                                                                                                \
     }
 
 }  // namespace tovi

@@ -44,5 +44,6 @@ inline constexpr std::u16string_view NSGenericException = u"NSGenericException";
 inline constexpr std::u16string_view NSInternalInconsistencyException = u"NSInternalInconsistencyException";
 inline constexpr std::u16string_view NSUndefinedKeyException = u"NSUnknownKeyException";
 inline constexpr std::u16string_view NSMallocException = u"NSMallocException";
+inline constexpr std::u16string_view NSInvalidUnarchiveOperationException = u"NSInvalidUnarchiveOperationException";
 
 }  // namespace tovi
