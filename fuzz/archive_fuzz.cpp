@@ -15,8 +15,8 @@ void require(bool condition) {
         std::abort();
 }
 
-/// Whether an object is equal to itself by value: it neither contains itself nor a structure with a NaN, and is small
-/// enough to be compared.
+/// Whether an object is equal to itself by value: it contains neither itself nor a NaN nor a node, which may contain
+/// itself or have no data, and is small enough to be compared.
 class Comparable {
 public:
     bool operator()(const NSObject& root) {
@@ -43,7 +43,7 @@ private:
                 waiting_.push_back(&value);
             }
         } else {
-            isComparable_ = object.isEqual(&object);
+            isComparable_ = !as<QVLNode>(&object) && !as<QVLHashNode>(&object) && object.isEqual(&object);
         }
     }
 

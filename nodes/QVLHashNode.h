@@ -25,7 +25,7 @@ public:
     /// NSInvalidArgumentException where there should be a dictionary and is another object.
     static Ref<QVLHashNode> initWithDictionaryRepresentation(const NSDictionary& representation);
 
-    RefPtr<QVLHashNode> nodeParent() const noexcept { return static_cast<QVLHashNode*>(parent_); }
+    RefPtr<QVLHashNode> nodeParent() const noexcept { return static_cast<QVLHashNode*>(parent()); }
     virtual void setNodeParent(RefPtr<QVLHashNode> parent);  ///< sets the link and nothing else
     /// The dictionary itself; nil as long as no child was added.
     RefPtr<NSMutableDictionary> children() const noexcept { return dictionary(); }

@@ -12,6 +12,15 @@ namespace tovi {
 
 TOVI_DEFINE_CLASS(QVLNode, NSObject)
 
+// Children that do not hold their parent outlive it without the link.
+QVLNode::~QVLNode() {
+    if (!children_)
+        return;
+    for (NSObject& each : *list())
+        if (auto* const child = as<QVLNode>(&each); child && !child->holdsParent() && child->parent_ == this)
+            child->setParent(nullptr);
+}
+
 // --- Making ----------------------------------------------------------------------------------------------------------
 
 void QVLNode::setUp(const id& data, QVLNode* parent, RefPtr<NSMutableArray> children) {
@@ -231,8 +240,8 @@ RefPtr<QVLNode> QVLNode::previousSiblingNode() const {
 
 Ref<QVLNode> QVLNode::rootNodeAtIndex(NSInteger levels) const {
     const auto* node = this;
-    for (; node->parent_ && levels >= 0; --levels)
-        node = static_cast<const QVLNode*>(node->parent_);
+    for (; node->parent() && levels >= 0; --levels)
+        node = static_cast<const QVLNode*>(node->parent());
     return share(*node);
 }
 
@@ -250,7 +259,7 @@ bool QVLNode::describe(StringBuilder& text) const {
     };
     const Ref<NSString> words = NSString::stringWithFormat(
         u"  parent:0x%08x\nself:0x%08x  class:<%@>\n  nodeChildren:0x%08x (has %ld childrens)\nnodeData:%@",
-        address(parent_), address(this), isa(), address(children().get()), numberOfChildren(), data_);
+        address(parent()), address(this), isa(), address(children().get()), numberOfChildren(), data_);
     text.append(words);
     return false;
 }
@@ -318,13 +327,36 @@ id QVLNode::storedChildren() const {
     return children_ || hasNoList_ ? children_ : id(none);
 }
 
+// Anybody can write an archive in which a node names a parent that it does not hold and that nothing else does. Such a
+// link counts once the parent turns out to have the node among its children, as it lets go of it when it dies. Of the
+// two the one that comes first leaves word with the child: the child that it has a parent to be proven, the parent that
+// it is the one.
+void QVLNode::takeStoredParent(QVLNode* parent) noexcept {
+    isFromArchive_ = true;
+    const bool isProven = holdsParent() || parent_ == parent;
+    setParent(parent);
+    isUnproven_ = !isProven;
+}
+
+void QVLNode::proveToChild(NSObject& object) noexcept {
+    auto* const child = as<QVLNode>(&object);
+    if (!child || child->holdsParent())
+        return;
+    if (!child->isFromArchive_)
+        child->parent_ = this;
+    else if (child->parent_ == this)
+        child->isUnproven_ = false;
+}
+
 void QVLNode::takeStored(id parent, id children) {
-    setParent(parent ? RefPtr<Composite>(to<QVLNode>(parent)) : nullptr);
+    takeStoredParent(parent ? to<QVLNode>(parent).get() : nullptr);
     hasNoList_ = !children;
     sharesList_ = true;
     if (!children)
         return;
     const Ref<NSArray> stored = to<NSArray>(children);
+    for (NSObject& each : *stored)
+        proveToChild(each);
     if (!as<NSMutableArray>(children.get()))
         children_ = NSMutableArray::immutableArrayWithArray(stored);
     else if (stored->count())

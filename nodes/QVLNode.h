@@ -37,7 +37,7 @@ public:
     /// A node of the given class whose list of children is immutable: adding to it raises NSInvalidArgumentException.
     static Ref<QVLNode> treeNodeWithData(id data, const Class& nodeClass = classObject());
 
-    RefPtr<QVLNode> nodeParent() const noexcept { return static_cast<QVLNode*>(parent_); }
+    RefPtr<QVLNode> nodeParent() const noexcept { return static_cast<QVLNode*>(parent()); }
     /// Sets the link and nothing else: no list of children changes.
     virtual void setNodeParent(RefPtr<QVLNode> parent);
     /// The list itself, not a copy; nil for a node that was made without.
@@ -119,6 +119,7 @@ public:
 
 protected:
     explicit QVLNode(ParentLink link = ParentLink::Held) noexcept : Composite(link) {}
+    ~QVLNode() override;
     /// What the named constructors do, for those of a host's class. They do not call `setNodeParent`.
     using Composite::setUp;
     void setUp(const id& data, QVLNode* parent, RefPtr<NSMutableArray> children);
@@ -134,6 +135,8 @@ private:
     void addCopiedChild(const Ref<NSObject>& child, NSObject* key) override;
     id storedChildren() const override;
     void takeStored(id parent, id children) override;
+    void takeStoredParent(QVLNode* parent) noexcept;
+    void proveToChild(NSObject& child) noexcept;
     Ref<QVLNode> newNode(id data) const;
     void removeChildAtIndex(NSUInteger index);
     void forgetPlacesOfChildren() noexcept;

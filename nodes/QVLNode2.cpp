@@ -28,13 +28,6 @@ Ref<QVLNode2> QVLNode2::treeNodeWithData(id data) {
     return to<QVLNode2>(QVLNode::treeNodeWithData(std::move(data), classObject()).get());
 }
 
-QVLNode2::~QVLNode2() {
-    if (children_)
-        for (NSObject& each : *list())
-            if (auto* const child = as<QVLNode2>(&each); child && child->parent_ == this)
-                child->setParent(nullptr);
-}
-
 void QVLNode2::insertChild_atIndex(RefPtr<QVLNode> node, NSInteger index) {
     if (!node)
         return;

@@ -8,7 +8,8 @@ namespace tovi {
 /// lives as long as its root is held. Otherwise it is as QVLNode.
 ///
 /// A node that goes clears the parent links of its children. The parent link of any other node (one whose parent's list
-/// does not hold it) dangles once the parent has gone: whoever makes one sees to it.
+/// does not hold it) dangles once the parent has gone: whoever makes one sees to it. From an archive such a link comes
+/// back as nil.
 class TOVI_EXPORT QVLNode2 : public QVLNode {
     TOVI_DECLARE_CLASS(QVLNode2)
 
@@ -29,7 +30,6 @@ public:
 
 protected:
     QVLNode2() noexcept : QVLNode(ParentLink::Borrowed) {}
-    ~QVLNode2() override;
 
 private:
     static void leaveParents(const NSArray& nodes);

@@ -19,6 +19,7 @@ Ref<Composite> CompositeAccess::copyWithoutChildren(const Composite& composite) 
 Composite::~Composite() { setParent(nullptr); }
 
 void Composite::setParent(RefPtr<Composite> parent) noexcept {
+    isUnproven_ = false;
     if (!holdsParent_)
         parent_ = parent.get();
     else if (NSObject* const former = std::exchange(parent_, parent.leak()))
@@ -44,22 +45,22 @@ Ref<Composite> Composite::newOfSameClass() const {
 
 NSUInteger Composite::numberOfParents() const noexcept {
     NSUInteger count = 0;
-    for (const Composite* each = parent_; each; each = each->parent_)
+    for (const Composite* each = parent(); each; each = each->parent())
         ++count;
     return count;
 }
 
 Composite& Composite::root() const noexcept {
     const Composite* each = this;
-    while (each->parent_)
-        each = each->parent_;
+    while (Composite* const above = each->parent())
+        each = above;
     return const_cast<Composite&>(*each);
 }
 
 bool Composite::isDescendantOf(const NSObject* node) const noexcept {
     const Composite* each = this;
     while (each && each != node)
-        each = each->parent_;
+        each = each->parent();
     return each;
 }
 
@@ -72,7 +73,7 @@ bool Composite::isDescendantOfAnyOf(const NSArray& nodes) const {
         wanted.insert(&each);
     const Composite* each = this;
     while (each && !wanted.contains(each))
-        each = each->parent_;
+        each = each->parent();
     return each && !wanted.empty();
 }
 
@@ -125,11 +126,11 @@ Ref<NSString> Composite::description() const {
 void Composite::encodeWithCoder(NSCoder& coder) const {
     const id children = storedChildren();
     if (coder.allowsKeyedCoding()) {
-        coder.encodeObject_forKey(parent_, u"nodeParent"_ns);
+        coder.encodeObject_forKey(parent(), u"nodeParent"_ns);
         coder.encodeObject_forKey(children, u"nodeChildren"_ns);
         coder.encodeObject_forKey(data_, u"nodeData"_ns);
     } else {
-        coder.encodeObject(parent_);
+        coder.encodeObject(parent());
         coder.encodeObject(children);
         coder.encodeObject(data_);
     }

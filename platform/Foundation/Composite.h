@@ -44,6 +44,7 @@ protected:
     enum class ParentLink : bool { Borrowed, Held };
     explicit Composite(ParentLink link) noexcept : holdsParent_(link == ParentLink::Held) {}
     ~Composite() override;
+    bool holdsParent() const noexcept { return holdsParent_; }
 
     void setUp(const id& data);  ///< holds a mutable copy of it; nil stays nil
     bool hasEqualParts(const Composite& other) const;
@@ -65,11 +66,16 @@ private:
     const bool holdsParent_;
 
 protected:
+    /// Null as long as an archive says so alone (see QVLNode::takeStored).
+    Composite* parent() const noexcept { return isUnproven_ ? nullptr : parent_; }
+
     // A node's own marks; they lie here because there is room.
     bool hasNoList_ : 1 = false;
     bool sharesList_ : 1 = false;
-    mutable bool isInList_ : 1 = false;
-    mutable bool isInLists_ : 1 = false;
+    bool isInList_ : 1 = false;
+    bool isInLists_ : 1 = false;
+    bool isFromArchive_ : 1 = false;
+    bool isUnproven_ : 1 = false;
 
     Composite* parent_ = nullptr;
     id data_;

@@ -184,8 +184,8 @@ TEST(ArchiveDamage, KeysThatWouldTakeForeverToCompareAreRefused) {
 }
 
 TEST(ArchiveDamage, NodesAsKeysAreMeasuredToo) {
-    const auto tree = QVLNode::initWithData(u"root"_ns);
-    tree->appendChild(QVLNode::initWithData(u"leaf"_ns));
+    const auto tree = QVLNode2::initWithData(u"root"_ns);
+    tree->appendChild(QVLNode2::initWithData(u"leaf"_ns));
     const auto keyed = NSDictionary::of({{NSArray::of(tree), 1}});
     for (const ArchiveForm& form : archiveForms)
         EXPECT_EQ(form.unarchive(form.archive(keyed), nullptr), keyed);

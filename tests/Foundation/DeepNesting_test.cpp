@@ -1,8 +1,5 @@
-#include <pthread.h>
-
-#include <functional>
-
 #include <gtest/gtest.h>
+#include <support/SmallStack.h>
 
 #include <ToviFoundationKit/Foundation/NSMutableArray.h>
 #include <ToviFoundationKit/Foundation/NSMutableDictionary.h>
@@ -13,20 +10,6 @@ using namespace tovi;
 namespace {
 
 constexpr int depth = 100'000;
-
-/// Runs a function on a stack that no recursion to that depth fits on.
-void onSmallStack(std::function<void()> function) {
-    pthread_attr_t attributes;
-    pthread_attr_init(&attributes);
-    pthread_attr_setstacksize(&attributes, 256 * 1024);
-    pthread_t thread;
-    const auto run = [](void* argument) -> void* {
-        return (*static_cast<std::function<void()>*>(argument))(), nullptr;
-    };
-    ASSERT_EQ(pthread_create(&thread, &attributes, run, &function), 0);
-    pthread_join(thread, nullptr);
-    pthread_attr_destroy(&attributes);
-}
 
 using Wrap = Ref<NSObject> (*)(NSObject& inner);
 

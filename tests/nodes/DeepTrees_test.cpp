@@ -1,8 +1,5 @@
-#include <pthread.h>
-
-#include <functional>
-
 #include <gtest/gtest.h>
+#include <support/SmallStack.h>
 
 #include <ToviFoundationKit/Foundation/NSKeyedArchiver.h>
 #include <ToviFoundationKit/Foundation/NSKeyedUnarchiver.h>
@@ -15,20 +12,6 @@ using namespace tovi;
 namespace {
 
 constexpr NSUInteger depth = 1'000'000;
-
-/// Runs a function on a stack that no recursion to that depth fits on.
-void onSmallStack(std::function<void()> function) {
-    pthread_attr_t attributes;
-    pthread_attr_init(&attributes);
-    pthread_attr_setstacksize(&attributes, 512 * 1024);
-    pthread_t thread;
-    const auto run = [](void* argument) -> void* {
-        return (*static_cast<std::function<void()>*>(argument))(), nullptr;
-    };
-    ASSERT_EQ(pthread_create(&thread, &attributes, run, &function), 0);
-    pthread_join(thread, nullptr);
-    pthread_attr_destroy(&attributes);
-}
 
 template <class Node> Ref<Node> chain(NSString& last) {
     const Ref<NSString> data = u"d"_ns, key = u"k"_ns;

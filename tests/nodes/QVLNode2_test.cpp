@@ -112,3 +112,16 @@ TEST(QVLNode2, ComesBackFromAnArchiveWithoutHoldingItsParent) {
     EXPECT_TRUE(as<QVLNode2>(a->firstChild().get()));
     EXPECT_FALSE(to<QVLNode2>(NSKeyedUnarchiver::unarchiveObjectWithData(data))->nodeParent()) << "nobody held it";
 }
+
+TEST(QVLNode2, TakesOnlyAParentFromAnArchiveThatHasItAmongItsChildren) {
+    const auto parent = parentOf({u"a"}), stray = node(u"s");
+    stray->setNodeParent(parent);
+    for (const Ref<QVLNode2>& root : {stray, parent}) {
+        const auto reader = NSKeyedUnarchiver::unarchiverForReadingWithData(
+            NSKeyedArchiver::archivedDataWithRootObject(NSArray::of(root, parent)));
+        const auto list = to<NSArray>(reader->rootObject());
+        const auto back = to<QVLNode2>(list->objectAtIndex(0)), above = to<QVLNode2>(list->objectAtIndex(1));
+        EXPECT_FALSE(back->nodeParent());
+        EXPECT_TRUE(identical(above->firstChild()->nodeParent(), &*above));
+    }
+}

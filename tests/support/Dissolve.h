@@ -3,6 +3,9 @@
 #include <unordered_map>
 #include <vector>
 
+#include <ToviFoundationKit/nodes/QVLHashNode.h>
+#include <ToviFoundationKit/nodes/QVLNode.h>
+
 #include "ArchivedPerson.h"
 
 /// Takes what an archive gave apart: its objects may hold each other in circles, and not all of them can be changed.
@@ -28,8 +31,16 @@ inline void dissolve(const tovi::id& root) {
     while (!waiting.empty()) {
         NSObject& object = *waiting.back();
         waiting.pop_back();
+        const auto visitParts = [&](const auto& node) {
+            for (const id& each : {id(node.nodeParent()), node.nodeData(), id(node.children())})
+                visit(each.get());
+        };
         if (auto* const person = as<ArchivedPerson>(&object)) {
             visit(person->friendly);
+        } else if (auto* const node = as<QVLNode>(&object)) {
+            visitParts(*node);
+        } else if (auto* const keyedNode = as<QVLHashNode>(&object)) {
+            visitParts(*keyedNode);
         } else if (auto* const list = as<NSArray>(&object)) {
             for (NSObject& each : *list)
                 visit(&each);
@@ -44,6 +55,10 @@ inline void dissolve(const tovi::id& root) {
     for (const auto& [object, held] : found) {
         if (auto* const person = as<ArchivedPerson>(object))
             person->breakReferenceCycles();
+        else if (auto* const node = as<QVLNode>(object))
+            node->breakReferenceCycles();
+        else if (auto* const keyedNode = as<QVLHashNode>(object))
+            keyedNode->breakReferenceCycles();
         else if (auto* const list = as<NSArray>(object))
             while (list->*List::count())
                 (list->*List::objects())[--(list->*List::count())]->release();
