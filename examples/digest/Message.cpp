@@ -83,11 +83,11 @@ RefPtr<NSString> messageIDOf(const RawMessage& raw) {
     return ids.empty() ? RefPtr<NSString>() : NSString::fromUTF8(ids.front());
 }
 
-// In-Reply-To is for messages that have no References, as those of old programs.
+// What In-Reply-To says counts before References, so it comes last.
 Ref<NSArray> referencesOf(const RawMessage& raw) {
     auto ids = parseMessageIDs(raw.field("References").value_or(""));
-    if (ids.empty())
-        ids = parseMessageIDs(raw.field("In-Reply-To").value_or(""));
+    const auto answered = parseMessageIDs(raw.field("In-Reply-To").value_or(""));
+    ids.insert(ids.end(), answered.begin(), answered.end());
     return NSArray::from(ids);
 }
 

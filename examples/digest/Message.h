@@ -21,7 +21,7 @@ public:
     tovi::Ref<tovi::NSString> topic() const { return topic_; }  ///< the subject without "Re:", "[list]" and the like
     tovi::RefPtr<tovi::NSDate> date() const { return date_; }   ///< nil when it is not known
     tovi::RefPtr<tovi::NSString> messageID() const { return messageID_; }
-    /// The ids of the messages before it in its conversation, the one that it answers last.
+    /// The ids of the messages before it in its conversation, the one that it answers last. An id may come twice.
     tovi::Ref<tovi::NSArray> references() const { return references_; }
     /// Its first paragraph, quotations left out, where it is plain text that needs no decoding; else empty.
     tovi::Ref<tovi::NSString> opening() const { return opening_; }

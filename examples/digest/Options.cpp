@@ -96,10 +96,10 @@ std::string_view Options::help() {
     return R"(Usage: digest [OPTION...] MAILBOX...
 
 Reads mailboxes (mbox files; "-" is standard input) and prints a digest of them: the
-latest messages, who wrote most, what about, the people that mailboxes have in common,
-subjects with a prefix, and a random sample.
+latest messages, who wrote most, from where, what about, who answered whom, the people
+that mailboxes have in common, subjects with a prefix, and a random sample.
 
-  --top N        print at most N rows of each list (10)
+  --top N        print at most N rows of each list, 2 N of the outline of domains (10)
   --prefix TEXT  look for subjects that begin with TEXT ("Re:")
   --seed N       another random sample for another number (1)
   --width N      columns to print, 40 or more (those of the terminal, else 80)

@@ -33,7 +33,8 @@ void Page::row(std::initializer_list<Cell> cells) {
     for (const Cell& cell : cells) {
         left = std::max(left - margin, 0);
         const int columns = std::min(cell.columns > 0 ? cell.columns : std::max(spare, 0), left);
-        line += spaces(columns > 0 ? margin : 0) + fitted(printable(cell.text), columns, cell.align);
+        line += spaces(columns > 0 ? margin : 0) +
+                fitted(std::u16string(cell.lead) + printable(cell.text), columns, cell.align);
         left -= columns;
     }
     line.erase(line.find_last_not_of(u' ') + 1);
@@ -51,9 +52,9 @@ void Page::paragraph(std::u16string_view text, int indentation) {
         aside(line, indentation);
 }
 
-void Page::more(NSUInteger count, NSUInteger shown) {
+void Page::more(NSUInteger count, NSUInteger shown, int indentation) {
     if (count > shown)
-        aside(NSString::stringWithFormat(u"and %lu more", count - shown)->view(), margin);
+        aside(NSString::stringWithFormat(u"and %lu more", count - shown)->view(), indentation);
 }
 
 void Page::print(std::u16string_view text, Style style) {

@@ -14,6 +14,7 @@ struct Cell {
     std::u16string_view text;
     int columns = 0;  ///< 0, for one cell of a row: all that the others leave
     Align align = Align::left;
+    std::u16string_view lead = {};  ///< printed before the text as it is, white space too
 };
 
 /// Where the report goes: lines no wider than the page, whatever is in the texts.
@@ -32,7 +33,7 @@ public:
     /// The same with as many lines as the text needs.
     void paragraph(std::u16string_view text, int indentation);
     /// "and 3 more" where there are more than were shown.
-    void more(tovi::NSUInteger count, tovi::NSUInteger shown);
+    void more(tovi::NSUInteger count, tovi::NSUInteger shown, int indentation = 2);
 
 private:
     enum class Style { plain, bold, dim };

@@ -6,8 +6,8 @@ namespace digest {
 
 void printReport(const Digest& digest, Page& page) {
     static constexpr Section* sections[] = {
-        printOverview,     printLatestMessages,   printSenders,      printTopics,
-        printCommonPeople, printSubjectsByPrefix, printRandomSample, printNotes,
+        printOverview,      printLatestMessages, printSenders,          printDomains,      printTopics,
+        printConversations, printCommonPeople,   printSubjectsByPrefix, printRandomSample, printNotes,
     };
     for (Section* const section : sections)
         section(digest, page);

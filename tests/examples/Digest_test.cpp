@@ -4,6 +4,8 @@
 #include <random>
 #include <sstream>
 
+#include <Archived.h>
+#include <Post.h>
 #include <Report.h>
 #include <SortedList.h>
 
@@ -29,6 +31,45 @@ std::string subjects(const Mailbox& box) {
 std::string notes(const Mailbox& box, NSUInteger index) {
     return static_cast<Message&>((*box.messages())[index]).notes()->componentsJoinedByString(u"|"_ns)->UTF8String();
 }
+
+/// A message with that subject, and id, and header lines.
+std::string named(const std::string& name, const std::string& header = "X: x") {
+    return message("Subject: " + name + "\nMessage-ID: <" + name + "@x>\n" + header);
+}
+
+/// So many messages, each the reply to the one before.
+std::string chain(int length) {
+    std::string text;
+    for (int i = 1; i <= length; ++i)
+        text += named(std::to_string(i), "In-Reply-To: <" + std::to_string(i - 1) + "@x>");
+    return text;
+}
+
+std::string replies(const Post& post) {
+    std::string text;
+    for (const Post& each : post.children()->each<Post>())
+        text += each.topic()->UTF8String() + replies(each);
+    return text.empty() ? text : "(" + text + ")";
+}
+
+std::string conversations(std::string_view text) {
+    const auto list = Post::conversationsOf(mailbox(text)->messages());
+    list->sortConversations();
+    return replies(list);
+}
+
+/// Comes back from an archive as a stranger.
+class Forgetful final : public NSObject {
+    TOVI_CLASS(Forgetful, NSObject)
+
+public:
+    void encodeWithCoder(NSCoder&) const {}
+    void initWithCoder(NSCoder&) {}
+};
+const Additions<Forgetful> forgetfulAdditions{
+    instance<&Forgetful::encodeWithCoder>("encodeWithCoder:"),
+    instance<&Forgetful::initWithCoder>("initWithCoder:"),
+};
 
 NSInteger compareNumbers(NSObject& a, NSObject& b, void*) {
     return static_cast<NSNumber&>(a).compare(static_cast<NSNumber&>(b));
@@ -101,13 +142,47 @@ TEST(Message, answersKeyValueCoding) {
     const auto first = box->messages()->firstObject();
     EXPECT_EQ(first->valueForKeyPath(u"sender.name"_ns)->description(), u"Ada");
     EXPECT_EQ(first->valueForKey(u"number"_ns)->description(), u"1");
-    EXPECT_EQ(to<NSArray>(first->valueForKey(u"references"_ns))->componentsJoinedByString(u" "_ns), u"1@x 2@x");
+    EXPECT_EQ(to<NSArray>(first->valueForKey(u"references"_ns))->componentsJoinedByString(u" "_ns), u"1@x 2@x 3@x");
+}
+
+TEST(Post, putsRepliesBelowWhatTheyAnswer) {
+    const std::string late = "Date: Thu, 5 Mar 2020 10:00:00 +0000\n", early = "Date: Mon, 2 Mar 2020 10:00:00 +0000\n";
+    const std::string question = named("a") + named("b", "References: <lost@x> <a@x> <lost@x>");
+    for (const auto& [text, expected] : std::vector<std::pair<std::string, std::string>>{
+             {question, "(a(b))"},
+             {question + named("c", "In-Reply-To: <b@x>\nReferences: <a@x>"), "(a(b(c)))"},
+             {question + named("c", "In-Reply-To: <lost@x>\nReferences: <b@x> <a@x>"), "(a(bc))"},
+             {question + named("c", "In-Reply-To: <lost@x>"), "(a(b))"},
+             {question + named("c", late + "References: <a@x>") + named("d", early + "References: <a@x>"), "(a(dbc))"},
+             {question + named("d", early) + named("c", late + "References: <d@x>"), "(d(c)a(b))"},
+             {question + named("c") + named("d", "References: <c@x>") + named("e", "References: <d@x>"),
+              "(c(d(e))a(b))"},
+             {question + named("b") + named("c", "References: <b@x>"), "(a(b(c)))"},
+             {named("a", "References: <b@x>") + named("b", early), "(b(a))"},
+             {named("a", "References: <a@x>"), ""},
+             {question + named("c", "References: <b@x> <c@x>"), "(a(b(c)))"},
+             {named("a", "References: <b@x>") + named("b", "References: <a@x>"), "(a(b))"},
+             {named("t", early + "References: <a@x>") + named("a", "References: <b@x>") +
+                  named("b", "References: <c@x>") + named("c", "References: <a@x>"),
+              "(a(tc(b)))"},
+             {message("Subject: a") + message("Subject: b\nIn-Reply-To: <>"), ""},
+         })
+        EXPECT_EQ(conversations(text), expected) << text;
+}
+
+TEST(Archived, reportsWhatDoesNotComeBackAsItWas) {
+    EXPECT_EQ(archivedAndReadBack(NSArray::of(1, u"x"), "list").object, NSArray::of(1, u"x"));
+    EXPECT_THROW(archivedAndReadBack(Forgetful::classObject().makeInstance().ref(), "test"), std::runtime_error);
 }
 
 TEST(Report, keepsWithinThePageWhateverIsInTheTexts) {
+    std::string deepDomain = "山田山田.";
+    while (deepDomain.size() < 20'000)
+        deepDomain += "x.";
     const auto box = mailbox(
         message("Subject: 山田花子山田花子山田花子山田花子山田花子\nFrom: \x1B[2J\xFF <a@example.org>\nDate: x") +
-        message("Subject: Re: " + std::string(100'000, 'x')));
+        message("Subject: Re: " + std::string(100'000, 'x')) + chain(1000) + message("From: a@" + deepDomain + "b") +
+        message("From: c@" + deepDomain + "d") + message("From: 山 <@[c.b]>"));
     for (const int columns : {40, 80, 300}) {
         std::ostringstream out;
         Page page(out, columns, false);

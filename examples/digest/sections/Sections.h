@@ -13,6 +13,8 @@ Section printOverview;          ///< the mailboxes, how large, from when to when
 Section printLatestMessages;    ///< the end of the list by date
 Section printSenders;           ///< who wrote how many messages
 Section printTopics;            ///< who wrote about what
+Section printConversations;     ///< who answered whom
+Section printDomains;           ///< how many messages came from where, as an outline
 Section printCommonPeople;      ///< who is in all mailboxes, who in one
 Section printSubjectsByPrefix;  ///< subjects that begin with a text
 Section printRandomSample;      ///< some messages, with their first words
