@@ -15,7 +15,8 @@ class ArchiveReader;
 
 /// Reads keyed archives. The bytes may come from anybody: a bad archive gives an error (see ArchiveErrorDomain);
 /// reading takes memory and time in proportion to their number; and it only makes objects that take part in archives by
-/// themselves, and ones whose class answers `initWithCoder:`.
+/// themselves, and ones whose class answers `initWithCoder:`. A good archive may hold more than the object in it leads
+/// to, even objects that hold each other in a circle; nobody frees those.
 ///
 /// Objects come back in the mutable or immutable form in which they were archived. The keys of dictionaries are copied,
 /// as always. An archive is bad, too, when a dictionary has two equal keys, when a key, or an element of a set,

@@ -28,7 +28,7 @@ template <class T> Ref<T> to(NSObject* object) {
         return *found;
     detail::raiseWrongClass(object, T::classObject());
 }
-template <class T> Ref<T> to(const id& object) { return to<T>(object.get()); }
-template <class T> Ref<T> to(const Ref<NSObject>& object) { return to<T>(object.get()); }
+template <class T, class U> Ref<T> to(const RefPtr<U>& object) { return to<T>(object.get()); }
+template <class T, class U> Ref<T> to(const Ref<U>& object) { return to<T>(object.get()); }
 
 }  // namespace tovi
