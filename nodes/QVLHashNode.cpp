@@ -4,6 +4,7 @@
 
 #include <ToviFoundationKit/Foundation/Composite_p.h>
 #include <ToviFoundationKit/Foundation/NSCoder.h>
+#include <ToviFoundationKit/nodes/Unfinished_p.h>
 #include <ToviFoundationKit/Runtime/Additions.h>
 #include <ToviFoundationKit/Runtime/StringBuilder.h>
 
@@ -39,11 +40,12 @@ void QVLHashNode::setUpFromRepresentation(const NSDictionary& representation) {
         Ref<QVLHashNode> node;
         Ref<NSDictionary> representation;
     };
+    const Unfinished<QVLHashNode> unfinished(*this);
     std::vector<Pending> pending{{*this, share(representation)}};
+    data_ = representation.objectForKey(dataKey());
     while (!pending.empty()) {
         const Pending at = std::move(pending.back());
         pending.pop_back();
-        at.node->data_ = at.representation->objectForKey(dataKey());
         const id value = at.representation->objectForKey(childrenKey());
         if (!value)
             continue;
@@ -52,6 +54,7 @@ void QVLHashNode::setUpFromRepresentation(const NSDictionary& representation) {
         for (const auto& [key, child] : *children) {
             const Ref<NSDictionary> form = to<NSDictionary>(&child);
             const Ref<Composite> made = newOfSameClass();
+            nodeIn(made).data_ = form->objectForKey(dataKey());
             at.node->addChild_forKey(nodeIn(made), key);
             pending.push_back({nodeIn(made), form});
         }
@@ -109,20 +112,24 @@ void QVLHashNode::addChildWithData_forKey(id data, NSObject& key) {
 }
 
 void QVLHashNode::removeChildForKey(const NSObject& key) {
-    const RefPtr<QVLHashNode> child = childForKey(key);
-    if (!child)
-        return;
     const Ref<QVLHashNode> self(*this);
-    child->setNodeParent(nullptr);
-    dictionary()->removeObjectForKey(key);
+    const Ref<NSObject> held = share(key);
+    const RefPtr<NSMutableDictionary> children = dictionary();
+    if (const RefPtr<QVLHashNode> child = childForKey(key))
+        child->setNodeParent(nullptr);
+    if (children)
+        children->removeObjectForKey(key);
 }
 
 void QVLHashNode::takeApart() {
     const Ref<QVLHashNode> self(*this);
-    if (const RefPtr<QVLHashNode> parent = nodeParent(); parent && parent->children_)
-        for (NSObject& key : *parent->dictionary()->allKeys())
-            if (parent->dictionary()->find(key) == this)
-                parent->dictionary()->removeObjectForKey(key);
+    if (const RefPtr<QVLHashNode> parent = nodeParent(); parent && parent->children_) {
+        const RefPtr<NSMutableDictionary> siblings = parent->children();
+        const Ref<NSArray> keys = siblings->allKeys();
+        for (NSObject& key : *keys)
+            if (siblings->find(key) == this)
+                siblings->removeObjectForKey(key);
+    }
     std::vector<Ref<QVLHashNode>> waiting{self};
     while (!waiting.empty()) {
         const Ref<QVLHashNode> node = std::move(waiting.back());
@@ -188,36 +195,51 @@ void QVLHashNode::takeStored(id parent, id children) {
     children_ = as<NSMutableDictionary>(children.get()) ? std::move(children) : children->mutableCopy();
 }
 
-namespace {
+// --- Messages --------------------------------------------------------------------------------------------------------
 
-// For instances that were made of a class.
-struct Instance : QVLHashNode {
+// What is not as in C++: instances that were made of a class before, and nil.
+struct QVLHashNode::Messages {
+    static Ref<QVLHashNode> init(QVLHashNode& self) {
+        self.breakReferenceCycles();
+        return self;
+    }
     static Ref<QVLHashNode> initWithData(QVLHashNode& self, const id& data) {
-        static_cast<Instance&>(self).setUp(data);
+        self.setUp(data);
         return self;
     }
-    static Ref<QVLHashNode> initWithDataParentChildren(QVLHashNode& self, const id& data, QVLHashNode* parent,
-                                                       RefPtr<NSDictionary> children) {
-        static_cast<Instance&>(self).setUp(data, parent, std::move(children));
+    static Ref<QVLHashNode> initWithData_parent_children(QVLHashNode& self, const id& data, QVLHashNode* parent,
+                                                         RefPtr<NSDictionary> children) {
+        self.setUp(data, parent, std::move(children));
         return self;
     }
-    static Ref<QVLHashNode> initWithRepresentation(QVLHashNode& self, const NSDictionary& representation) {
-        static_cast<Instance&>(self).setUpFromRepresentation(representation);
+    static Ref<QVLHashNode> initWithDictionaryRepresentation(QVLHashNode& self, const NSDictionary& representation) {
+        self.setUpFromRepresentation(representation);
         return self;
     }
+    static RefPtr<QVLHashNode> childForKey(const QVLHashNode& self, const NSObject* key) {
+        return key ? self.childForKey(*key) : nullptr;
+    }
+    static bool isDescendantOfNodeInArray(const QVLHashNode& self, const NSArray* nodes) {
+        return nodes && self.isDescendantOfNodeInArray(*nodes);
+    }
+    static bool isEqualToNode(const QVLHashNode& self, const QVLHashNode* node) {
+        return node && self.isEqualToNode(*node);
+    }
+
+    static const Additions<QVLHashNode> additions;
 };
 
-const Additions<QVLHashNode> additions{
-    classLevel<&QVLHashNode::init>("new"),
-    instance<&Instance::initWithData>("initWithData:"),
-    instance<&Instance::initWithDataParentChildren>("initWithData:parent:children:"),
-    instance<&Instance::initWithRepresentation>("initWithDictionaryRepresentation:"),
+const Additions<QVLHashNode> QVLHashNode::Messages::additions{
+    instance<&Messages::init>("init"),
+    instance<&Messages::initWithData>("initWithData:"),
+    instance<&Messages::initWithData_parent_children>("initWithData:parent:children:"),
+    instance<&Messages::initWithDictionaryRepresentation>("initWithDictionaryRepresentation:"),
     instance<&QVLHashNode::nodeData>("nodeData"),
     instance<&QVLHashNode::setNodeData>("setNodeData:"),
     instance<&QVLHashNode::nodeParent>("nodeParent"),
     instance<&QVLHashNode::setNodeParent>("setNodeParent:"),
     instance<&QVLHashNode::children>("children"),
-    instance<&QVLHashNode::childForKey>("childForKey:"),
+    instance<&Messages::childForKey>("childForKey:"),
     instance<&QVLHashNode::numberOfChildren>("numberOfChildren"),
     instance<&QVLHashNode::addChild_forKey>("addChild:forKey:"),
     instance<&QVLHashNode::addChildWithData_forKey>("addChildWithData:forKey:"),
@@ -226,14 +248,12 @@ const Additions<QVLHashNode> additions{
     instance<&QVLHashNode::rootNode>("rootNode"),
     instance<&QVLHashNode::numberOfParents>("numberOfParents"),
     instance<&QVLHashNode::isDescendantOfNode>("isDescendantOfNode:"),
-    instance<&QVLHashNode::isDescendantOfNodeInArray>("isDescendantOfNodeInArray:"),
-    instance<&QVLHashNode::isEqualToNode>("isEqualToNode:"),
+    instance<&Messages::isDescendantOfNodeInArray>("isDescendantOfNodeInArray:"),
+    instance<&Messages::isEqualToNode>("isEqualToNode:"),
     instance<&QVLHashNode::encodeWithCoder>("encodeWithCoder:"),
     instance<&QVLHashNode::initWithCoder>("initWithCoder:"),
     instance<&QVLHashNode::breakReferenceCycles>("breakReferenceCycles"),
     instance<&QVLHashNode::dictionaryRepresentation>("dictionaryRepresentation"),
 };
-
-}  // namespace
 
 }  // namespace tovi

@@ -61,6 +61,8 @@ protected:
     void setUpFromRepresentation(const NSDictionary& representation);
 
 private:
+    struct Messages;
+
     NSMutableDictionary* dictionary() const noexcept { return static_cast<NSMutableDictionary*>(children_.get()); }
     static QVLHashNode& nodeIn(NSObject& object);
     /// The data's description and a line break, then a line for each child: "\t childKey:<key> -- <description>\n".

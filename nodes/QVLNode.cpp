@@ -4,6 +4,7 @@
 #include <ToviFoundationKit/Extensions/NSMutableArray-QVLAdditions.h>
 #include <ToviFoundationKit/Foundation/Composite_p.h>
 #include <ToviFoundationKit/Foundation/NSCoder.h>
+#include <ToviFoundationKit/nodes/Unfinished_p.h>
 #include <ToviFoundationKit/Runtime/Additions.h>
 #include <ToviFoundationKit/Runtime/NSFormat.h>
 #include <ToviFoundationKit/Runtime/NSNumber.h>
@@ -12,13 +13,20 @@ namespace tovi {
 
 TOVI_DEFINE_CLASS(QVLNode, NSObject)
 
+QVLNode::~QVLNode() { letGoOfChildren(); }
+
 // Children that do not hold their parent outlive it without the link.
-QVLNode::~QVLNode() {
+void QVLNode::letGoOfChildren() noexcept {
     if (!children_)
         return;
     for (NSObject& each : *list())
         if (auto* const child = as<QVLNode>(&each); child && !child->holdsParent() && child->parent_ == this)
             child->setParent(nullptr);
+}
+
+void QVLNode::breakReferenceCycles() noexcept {
+    letGoOfChildren();
+    Composite::breakReferenceCycles();
 }
 
 // --- Making ----------------------------------------------------------------------------------------------------------
@@ -65,7 +73,7 @@ void QVLNode::setNodeParent(RefPtr<QVLNode> parent) { setParent(std::move(parent
 // Most nodes are leaves, so the list is made when somebody asks for it. As long as nobody else has it, and a node is
 // known to have been put into one list once, its place is the only one to be removed.
 
-NSMutableArray* QVLNode::listToChange() {
+RefPtr<NSMutableArray> QVLNode::listToChange() {
     if (!children_ && !hasNoList_)
         children_ = NSMutableArray::array();
     return list();
@@ -84,23 +92,29 @@ QVLNode& QVLNode::nodeIn(NSObject& object) {
     return static_cast<QVLNode&>(object);
 }
 
+void QVLNode::noteInList() noexcept {
+    isInLists_ = isInLists_ || isInList_;
+    isInList_ = true;
+}
+
+void QVLNode::forgetList() noexcept { isInList_ = isInLists_; }
+
 void QVLNode::insertIntoList(QVLNode& node, NSInteger index) {
-    NSMutableArray* const children = listToChange();
+    const RefPtr<NSMutableArray> children = listToChange();
     if (!children)
         return;
     const auto place = static_cast<NSUInteger>(index);
-    if (place < children->count())
+    if (place <= children->count())
         children->insertObject_atIndex(node, place);
     else
         children->addObject(node);
-    node.isInLists_ = node.isInList_;
-    node.isInList_ = true;
+    node.noteInList();
 }
 
 void QVLNode::insertIntoList(const NSArray& nodes, NSInteger index) {
     for (NSObject& each : nodes)
         nodeIn(each);
-    NSMutableArray* const children = listToChange();
+    const RefPtr<NSMutableArray> children = listToChange();
     if (!children)
         return;
     const auto place = static_cast<NSUInteger>(index);
@@ -108,10 +122,8 @@ void QVLNode::insertIntoList(const NSArray& nodes, NSInteger index) {
         insertObjectsFromArray_atIndex(*children, nodes, place);
     else
         children->addObjectsFromArray(nodes);
-    for (NSObject& each : nodes) {
-        nodeIn(each).isInLists_ = nodeIn(each).isInList_;
-        nodeIn(each).isInList_ = true;
-    }
+    for (NSObject& each : nodes)
+        nodeIn(each).noteInList();
 }
 
 void QVLNode::insertChild_atIndex(RefPtr<QVLNode> node, NSInteger index) {
@@ -130,47 +142,55 @@ void QVLNode::insertChildren_atIndex(const NSArray& nodes, NSInteger index) {
 void QVLNode::appendChildWithData(id data) { insertChild_atIndex(newNode(std::move(data)), -1); }
 void QVLNode::prependChildWithData(id data) { insertChild_atIndex(newNode(std::move(data)), 0); }
 
+// Setting the parent may run the host's code, after which everything is looked at anew.
 void QVLNode::removeChildAtIndex(NSUInteger index) {
-    const Ref<QVLNode> child = nodeIn((*list())[index]);
+    const Ref<QVLNode> self(*this), child = nodeIn((*list())[index]);
     if (sharesList_ || child->isInLists_)
         return _removeChildrenIdenticalTo(NSArray::arrayWithObject(child));
-    list()->removeObjectAtIndex(index);
-    child->isInList_ = false;
     child->setNodeParent(nullptr);
+    const RefPtr<NSMutableArray> children = list();
+    if (!children)
+        return;
+    if (index < children->count() && &(*children)[index] == child.get())
+        children->removeObjectAtIndex(index);
+    else
+        children->removeObjectIdenticalTo(child);
+    child->forgetList();
 }
 
 void QVLNode::removeChild(const QVLNode& node) {
     const NSUInteger index = indexOfChild(node);
-    if (index != static_cast<NSUInteger>(NSNotFound))
+    if (index < numberOfChildren())
         removeChildAtIndex(index);
 }
 
 void QVLNode::_removeChildrenIdenticalTo(const NSArray& nodes) {
+    const Ref<QVLNode> self(*this);
     const Ref<NSArray> removed = NSArray::arrayWithArray(nodes);
     for (NSObject& each : *removed)
         nodeIn(each).setNodeParent(nullptr);
-    if (!list() || !removed->count())
+    const RefPtr<NSMutableArray> children = list();
+    if (!children || !removed->count())
         return;
     if (removed->count() == 1)
-        return list()->removeObjectIdenticalTo((*removed)[0]);
+        return children->removeObjectIdenticalTo((*removed)[0]);
     const ElementTable<ByIdentity> table(removed);
-    list()->removeObjectsPassingTest([&](NSObject& each) { return table.contains(each); });
+    children->removeObjectsPassingTest([&](NSObject& each) { return table.contains(each); });
 }
 
 void QVLNode::removeAllChildren() {
-    if (!list())
+    const Ref<QVLNode> self(*this);
+    const RefPtr<NSMutableArray> children = list();
+    if (!children)
         return;
-    for (NSObject& each : NSArray::arrayWithArray(*list())->each<QVLNode>())
+    const bool isShared = sharesList_;
+    const Ref<NSArray> removed = NSArray::arrayWithArray(*children);
+    for (NSObject& each : *removed)
         nodeIn(each).setNodeParent(nullptr);
-    forgetPlacesOfChildren();
-    list()->removeAllObjects();
-}
-
-void QVLNode::forgetPlacesOfChildren() noexcept {
-    if (sharesList_)
-        return;
-    for (NSObject& each : *list())
-        static_cast<QVLNode&>(each).isInList_ = false;
+    children->removeAllObjects();
+    if (!isShared)
+        for (NSObject& each : *removed)
+            nodeIn(each).forgetList();
 }
 
 void QVLNode::removeFromParent() {
@@ -179,9 +199,13 @@ void QVLNode::removeFromParent() {
         parent->removeChild(*this);
 }
 
+namespace {
+bool isImmutable(const RefPtr<NSMutableArray>& list) { return list && &list->isa() == &NSArray::classObject(); }
+}  // namespace
+
 void QVLNode::takeApart() {
     const Ref<QVLNode> self(*this);
-    if (const RefPtr<QVLNode> parent = nodeParent())
+    if (const RefPtr<QVLNode> parent = nodeParent(); parent && !isImmutable(parent->list()))
         parent->_removeChildrenIdenticalTo(NSArray::arrayWithObject(*this));
     std::vector<Ref<QVLNode>> waiting{self};
     while (!waiting.empty()) {
@@ -195,7 +219,7 @@ void QVLNode::takeApart() {
         for (NSObject& each : *children)
             if (as<QVLNode>(&each))
                 waiting.emplace_back(static_cast<QVLNode&>(each));
-        if (&children->isa() != &NSArray::classObject())
+        if (!isImmutable(children))
             children->removeAllObjects();
     }
 }
@@ -205,7 +229,8 @@ void QVLNode::takeApart() {
 NSUInteger QVLNode::numberOfChildren() const noexcept { return children_ ? list()->count() : 0; }
 
 NSUInteger QVLNode::indexOfChild(const NSObject& node) const {
-    return children_ ? list()->indexOfObject(node) : static_cast<NSUInteger>(NSNotFound);
+    const RefPtr<NSMutableArray> children = list();
+    return children ? children->indexOfObject(node) : static_cast<NSUInteger>(NSNotFound);
 }
 
 NSUInteger QVLNode::indexOfChildIdenticalTo(const NSObject& node) const {
@@ -259,7 +284,8 @@ bool QVLNode::describe(StringBuilder& text) const {
     };
     const Ref<NSString> words = NSString::stringWithFormat(
         u"  parent:0x%08x\nself:0x%08x  class:<%@>\n  nodeChildren:0x%08x (has %ld childrens)\nnodeData:%@",
-        address(parent()), address(this), isa(), address(children().get()), numberOfChildren(), data_);
+        address(parent()), address(this), isa(), address(const_cast<QVLNode&>(*this).listToChange().get()),
+        numberOfChildren(), data_);
     text.append(words);
     return false;
 }
@@ -300,6 +326,7 @@ Ref<QVLNode> QVLNode::QVLNodeFromDictionary(const NSDictionary& dictionary) {
     };
     const auto nodeFor = [](const NSDictionary& form) { return initWithData(form.objectForKey(u"data"_ns)); };
     const Ref<QVLNode> root = nodeFor(dictionary);
+    const Unfinished<QVLNode> unfinished(root);
     std::vector<Pending> pending{{root, share(dictionary)}};
     while (!pending.empty()) {
         const Pending at = std::move(pending.back());
@@ -333,7 +360,9 @@ id QVLNode::storedChildren() const {
 // it is the one.
 void QVLNode::takeStoredParent(QVLNode* parent) noexcept {
     isFromArchive_ = true;
-    const bool isProven = holdsParent() || parent_ == parent;
+    const bool isProven = holdsParent() || parent_ == parent ||
+                          (parent && parent_ && parent->isFromArchive_ &&
+                           parent->indexOfChildIdenticalTo(*this) != static_cast<NSUInteger>(NSNotFound));
     setParent(parent);
     isUnproven_ = !isProven;
 }
@@ -363,32 +392,58 @@ void QVLNode::takeStored(id parent, id children) {
         children_ = std::move(children);
 }
 
-namespace {
+// --- Messages --------------------------------------------------------------------------------------------------------
 
-Ref<QVLNode> treeNodeOfClass(const Class& nodeClass, id data) {
-    return QVLNode::treeNodeWithData(std::move(data), nodeClass);
-}
-
-// For instances that were made of a class.
-struct Instance : QVLNode {
+// What is not as in C++: instances that were made of a class before, and nil.
+struct QVLNode::Messages {
+    static Ref<QVLNode> init(QVLNode& self) {
+        self.letGoOfChildren();
+        self.children_ = nullptr;
+        self.hasNoList_ = self.sharesList_ = false;
+        self.data_ = nullptr;
+        self.setParent(nullptr);
+        return self;
+    }
     static Ref<QVLNode> initWithData(QVLNode& self, const id& data) {
-        static_cast<Instance&>(self).setUp(data);
+        self.setUp(data);
         return self;
     }
-    static Ref<QVLNode> initWithDataParentChildren(QVLNode& self, const id& data, QVLNode* parent,
-                                                   RefPtr<NSMutableArray> children) {
-        static_cast<Instance&>(self).setUp(data, parent, std::move(children));
+    static Ref<QVLNode> initWithData_parent_children(QVLNode& self, const id& data, QVLNode* parent,
+                                                     RefPtr<NSMutableArray> children) {
+        self.setUp(data, parent, std::move(children));
         return self;
     }
+    static Ref<QVLNode> treeNodeWithData(const Class& nodeClass, id data) {
+        return QVLNode::treeNodeWithData(std::move(data), nodeClass);
+    }
+    static Ref<QVLNode> fromDictionary(const NSDictionary* dictionary) {
+        return dictionary ? QVLNodeFromDictionary(*dictionary) : QVLNode::init();
+    }
+    static void removeChild(QVLNode& self, const QVLNode* node) {
+        if (node)
+            self.removeChild(*node);
+    }
+    static NSUInteger indexOfChild(const QVLNode& self, const NSObject* node) {
+        return node ? self.indexOfChild(*node) : static_cast<NSUInteger>(NSNotFound);
+    }
+    static NSUInteger indexOfChildIdenticalTo(const QVLNode& self, const NSObject* node) {
+        return node ? self.indexOfChildIdenticalTo(*node) : static_cast<NSUInteger>(NSNotFound);
+    }
+    static bool isDescendantOfNodeInArray(const QVLNode& self, const NSArray* nodes) {
+        return nodes && self.isDescendantOfNodeInArray(*nodes);
+    }
+    static bool isEqualToNode(const QVLNode& self, const QVLNode* node) { return node && self.isEqualToNode(*node); }
+
+    static const Additions<QVLNode> additions;
 };
 
-const Additions<QVLNode> additions{
-    classLevel<&QVLNode::init>("new"),
-    instance<&Instance::initWithData>("initWithData:"),
-    instance<&Instance::initWithDataParentChildren>("initWithData:parent:children:"),
-    classReceiver<&treeNodeOfClass>("treeNodeWithData:"),
+const Additions<QVLNode> QVLNode::Messages::additions{
+    instance<&Messages::init>("init"),
+    instance<&Messages::initWithData>("initWithData:"),
+    instance<&Messages::initWithData_parent_children>("initWithData:parent:children:"),
+    classReceiver<&Messages::treeNodeWithData>("treeNodeWithData:"),
     classLevel<&QVLNode::minimumNodeCoverFromNodesInArray>("minimumNodeCoverFromNodesInArray:"),
-    classLevel<&QVLNode::QVLNodeFromDictionary>("QVLNodeFromDictionary:"),
+    classLevel<&Messages::fromDictionary>("QVLNodeFromDictionary:"),
     instance<&QVLNode::nodeData>("nodeData"),
     instance<&QVLNode::setNodeData>("setNodeData:"),
     instance<&QVLNode::nodeParent>("nodeParent"),
@@ -402,14 +457,14 @@ const Additions<QVLNode> additions{
     instance<&QVLNode::prependChildWithData>("prependChildWithData:"),
     instance<&QVLNode::insertChild_atIndex>("insertChild:atIndex:"),
     instance<&QVLNode::insertChildren_atIndex>("insertChildren:atIndex:"),
-    instance<&QVLNode::removeChild>("removeChild:"),
+    instance<&Messages::removeChild>("removeChild:"),
     instance<&QVLNode::removeAllChildren>("removeAllChildren"),
     instance<&QVLNode::removeFromParent>("removeFromParent"),
     instance<&QVLNode::_removeChildrenIdenticalTo>("_removeChildrenIdenticalTo:"),
     instance<&QVLNode::takeApart>("takeApart"),
     instance<&QVLNode::numberOfChildren>("numberOfChildren"),
-    instance<&QVLNode::indexOfChild>("indexOfChild:"),
-    instance<&QVLNode::indexOfChildIdenticalTo>("indexOfChildIdenticalTo:"),
+    instance<&Messages::indexOfChild>("indexOfChild:"),
+    instance<&Messages::indexOfChildIdenticalTo>("indexOfChildIdenticalTo:"),
     instance<&QVLNode::childAtIndex>("childAtIndex:"),
     instance<&QVLNode::firstChild>("firstChild"),
     instance<&QVLNode::lastChild>("lastChild"),
@@ -419,8 +474,8 @@ const Additions<QVLNode> additions{
     instance<&QVLNode::rootNodeAtIndex>("rootNodeAtIndex:"),
     instance<&QVLNode::numberOfParents>("numberOfParents"),
     instance<&QVLNode::isDescendantOfNode>("isDescendantOfNode:"),
-    instance<&QVLNode::isDescendantOfNodeInArray>("isDescendantOfNodeInArray:"),
-    instance<&QVLNode::isEqualToNode>("isEqualToNode:"),
+    instance<&Messages::isDescendantOfNodeInArray>("isDescendantOfNodeInArray:"),
+    instance<&Messages::isEqualToNode>("isEqualToNode:"),
     instance<&QVLNode::QVLNodeToDictionary>("QVLNodeToDictionary"),
     instance<&QVLNode::encodeWithCoder>("encodeWithCoder:"),
     instance<&QVLNode::initWithCoder>("initWithCoder:"),
@@ -435,7 +490,5 @@ const Additions<QVLNode> additions{
     instance<&QVLNode::recursiveMakeChildrenPerformSelector_withObject_withObject>(
         "recursiveMakeChildrenPerformSelector:withObject:withObject:"),
 };
-
-}  // namespace
 
 }  // namespace tovi

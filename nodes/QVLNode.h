@@ -64,9 +64,11 @@ public:
     void removeFromParent();  ///< `removeChild` of the parent; nothing without one
     /// Clears the parent of every node of the list, then removes every occurrence of each, by identity.
     void _removeChildrenIdenticalTo(const NSArray& nodes);
-    /// Leaves the parent (by identity), then takes all links of the tree below apart: every node there, the receiver
-    /// included, ends without parent and children. Lists of children that others hold are emptied, unless immutable.
+    /// Leaves the parent (by identity, unless its list is immutable), then takes all links of the tree below apart:
+    /// every node there, the receiver included, ends without parent and children. Lists of children that others hold
+    /// are emptied, unless immutable.
     void takeApart();
+    void breakReferenceCycles() noexcept override;
 
     // Finding one's way.
 
@@ -124,13 +126,18 @@ protected:
     using Composite::setUp;
     void setUp(const id& data, QVLNode* parent, RefPtr<NSMutableArray> children);
 
-    NSMutableArray* list() const noexcept { return static_cast<NSMutableArray*>(children_.get()); }
-    NSMutableArray* listToChange();
+private:
+    friend class QVLNode2;
+    struct Messages;
+
+    RefPtr<NSMutableArray> list() const noexcept { return static_cast<NSMutableArray*>(children_.get()); }
+    RefPtr<NSMutableArray> listToChange();
     void insertIntoList(QVLNode& node, NSInteger index);
     void insertIntoList(const NSArray& nodes, NSInteger index);
+    void noteInList() noexcept;
+    void forgetList() noexcept;
+    void letGoOfChildren() noexcept;
     static QVLNode& nodeIn(NSObject& object);
-
-private:
     bool describe(StringBuilder& text) const override;
     void addCopiedChild(const Ref<NSObject>& child, NSObject* key) override;
     id storedChildren() const override;
@@ -139,7 +146,6 @@ private:
     void proveToChild(NSObject& child) noexcept;
     Ref<QVLNode> newNode(id data) const;
     void removeChildAtIndex(NSUInteger index);
-    void forgetPlacesOfChildren() noexcept;
     void sortChildrenBy(Selector comparator);
     void sortChildrenByKey(Selector key, bool descending);
     void sortBelow(Selector comparator);

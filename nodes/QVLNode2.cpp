@@ -1,10 +1,7 @@
 #include <ToviFoundationKit/nodes/QVLNode2.h>
 
 #include <algorithm>
-#include <map>
-
-#include <ToviFoundationKit/Foundation/NSMutableSet.h>
-#include <ToviFoundationKit/Runtime/Additions.h>
+#include <unordered_map>
 
 namespace tovi {
 
@@ -31,12 +28,14 @@ Ref<QVLNode2> QVLNode2::treeNodeWithData(id data) {
 void QVLNode2::insertChild_atIndex(RefPtr<QVLNode> node, NSInteger index) {
     if (!node)
         return;
+    const Ref<QVLNode2> self(*this);
     insertIntoList(*node, index);
     node->removeFromParent();
     node->setNodeParent(*this);
 }
 
 void QVLNode2::insertChildren_atIndex(const NSArray& nodes, NSInteger index) {
+    const Ref<QVLNode2> self(*this);
     const Ref<NSArray> snapshot = NSArray::arrayWithArray(nodes);
     insertIntoList(snapshot, index);
     leaveParents(snapshot);
@@ -47,21 +46,22 @@ void QVLNode2::insertChildren_atIndex(const NSArray& nodes, NSInteger index) {
 // --- Removing --------------------------------------------------------------------------------------------------------
 
 void QVLNode2::removeChild(const QVLNode& node) {
-    if (indexOfChild(node) == static_cast<NSUInteger>(NSNotFound))
-        return;
     const Ref<QVLNode2> self(*this);
     const Ref<QVLNode> wanted = share(node);
-    std::vector<Ref<QVLNode>> kept;
-    list()->removeObjectsPassingTest([&](NSObject& each) {
+    const RefPtr<NSMutableArray> children = list();
+    if (!children || children->indexOfObject(wanted) == static_cast<NSUInteger>(NSNotFound))
+        return;
+    const Ref<NSArray> held = NSArray::arrayWithArray(*children);
+    children->removeObjectsPassingTest([&](NSObject& each) {
         if (&each != wanted.get() && !wanted->isEqual(&each))
             return false;
-        kept.emplace_back(nodeIn(each));
         nodeIn(each).setNodeParent(nullptr);
         return true;
     });
 }
 
 void QVLNode2::removeAllChildren() {
+    const Ref<QVLNode2> self(*this);
     const RefPtr<NSMutableArray> children = list();
     if (!children)
         return;
@@ -76,49 +76,55 @@ void QVLNode2::removeAllChildren() {
 
 namespace {
 
+// From here on a look-up by hash pays.
+constexpr NSUInteger fewestTogether = 32;
+
 bool areOfOneClass(const NSArray& objects, const Class& expected) {
     return std::all_of(objects.begin(), objects.end(), [&](const NSObject& each) { return &each.isa() == &expected; });
 }
 
+// Equal nodes have equal data; one without data is equal to itself alone.
+NSUInteger lookUpHash(const QVLNode& node) {
+    const id data = node.nodeData();
+    return data ? data->hash() : reinterpret_cast<std::uintptr_t>(&node);
+}
+
 }  // namespace
 
-// Nodes that leave one parent together are looked up there by their hashes, where all are of one class: between classes
-// equality may depend on who is asked.
+// In their order, as one after the other would leave; nodes that stand together below one parent leave it together.
 void QVLNode2::leaveParents(const NSArray& nodes) {
-    std::map<QVLNode*, Ref<NSMutableArray>> leaving;
-    for (NSObject& each : nodes)
-        if (const RefPtr<QVLNode> parent = nodeIn(each).nodeParent())
-            leaving.try_emplace(parent.get(), NSMutableArray::array()).first->second->addObject(each);
-    for (const auto& [parent, children] : leaving) {
-        auto* const owner = as<QVLNode2>(parent);
-        const Class& common = (*children)[0].isa();
-        if (owner && owner->list() && children->count() > 1 && areOfOneClass(children, common) &&
-            areOfOneClass(*owner->list(), common))
-            owner->removeEqualChildren(children);
+    for (NSUInteger i = 0, end; i < nodes.count(); i = end) {
+        end = i + 1;
+        const RefPtr<QVLNode> parent = nodeIn(nodes[i]).nodeParent();
+        if (!parent)
+            continue;
+        while (end < nodes.count() && nodeIn(nodes[end]).parent() == parent.get())
+            ++end;
+        const Class& common = nodes[i].isa();
+        const Ref<NSArray> leaving = nodes.subarrayWithRange({i, end - i});
+        auto* const owner = as<QVLNode2>(parent.get());
+        if (end - i >= fewestTogether && owner && owner->list() && common.answersByParts(Class::ByParts::Equality) &&
+            areOfOneClass(leaving, common) && areOfOneClass(*owner->list(), common))
+            owner->removeEqualChildren(leaving);
         else
-            for (NSObject& each : *children)
+            for (NSObject& each : *leaving)
                 nodeIn(each).removeFromParent();
     }
 }
 
 void QVLNode2::removeEqualChildren(const NSArray& nodes) {
-    const Ref<NSMutableSet> wanted = NSMutableSet::set();
+    std::unordered_multimap<NSUInteger, QVLNode*> wanted;
     for (NSObject& each : nodes)
-        wanted->addObject(each);
-    list()->removeObjectsPassingTest([&](NSObject& each) {
-        if (!wanted->containsObject(each))
+        wanted.emplace(lookUpHash(nodeIn(each)), &nodeIn(each));
+    const RefPtr<NSMutableArray> children = list();
+    const Ref<NSArray> held = NSArray::arrayWithArray(*children);
+    children->removeObjectsPassingTest([&](NSObject& each) {
+        const auto [first, last] = wanted.equal_range(lookUpHash(nodeIn(each)));
+        if (std::none_of(first, last, [&](const auto& entry) { return entry.second->isEqual(&each); }))
             return false;
         nodeIn(each).setNodeParent(nullptr);
         return true;
     });
 }
-
-namespace {
-
-const Additions<QVLNode2> additions{
-    classLevel<&QVLNode2::init>("new"),
-};
-
-}  // namespace
 
 }  // namespace tovi

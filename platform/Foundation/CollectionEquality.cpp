@@ -19,6 +19,7 @@ Verdict verdictOn(const NSObject& a, const NSObject& b) {
         return b.isKindOfClass(a.isa()) ? Verdict() : false;
     if (kind != CollectionKind::None && kind == kindOf(b))
         return std::nullopt;
+    const Held holdA(a), holdB(b);
     return a.isEqual(&b);
 }
 
@@ -26,8 +27,8 @@ Verdict verdictOn(const NSObject& a, const NSObject& b) {
 struct Comparison {
     enum class Phase : std::uint8_t { Entry, Candidate, Key, Value };
 
-    const NSObject* a;
-    const NSObject* b;
+    Ref<NSObject> a;
+    Ref<NSObject> b;
     CollectionKind kind;
     Phase phase = Phase::Entry;
     std::size_t position = 0;  ///< the element of a list, the slot of a's index
@@ -161,13 +162,14 @@ bool equal(Comparison at) {
         const Step step = advance(at, verdict);
         verdict = step.outcome;
         if (!verdict) {
+            Comparison next{share(*step.a), share(*step.b), kindOf(*step.a, Class::ByParts::Equality)};
             if (!step.last)
-                waiting.push_back(at);
-            at = {step.a, step.b, kindOf(*step.a, Class::ByParts::Equality)};
+                waiting.push_back(std::move(at));
+            at = std::move(next);
         } else if (waiting.empty()) {
             return *verdict;
         } else {
-            at = waiting.back();
+            at = std::move(waiting.back());
             waiting.pop_back();
         }
     }
@@ -175,16 +177,18 @@ bool equal(Comparison at) {
 
 }  // namespace
 
-bool equalLists(const NSArray& a, const NSArray& b) { return &a == &b || equal({&a, &b, CollectionKind::Array}); }
-
-bool equalDictionaries(const NSDictionary& a, const NSDictionary& b) {
-    return &a == &b || equal({&a, &b, CollectionKind::Dictionary});
+bool equalLists(const NSArray& a, const NSArray& b) {
+    return &a == &b || equal({share(a), share(b), CollectionKind::Array});
 }
 
-bool equalSets(const NSSet& a, const NSSet& b) { return &a == &b || equal({&a, &b, CollectionKind::Set}); }
+bool equalDictionaries(const NSDictionary& a, const NSDictionary& b) {
+    return &a == &b || equal({share(a), share(b), CollectionKind::Dictionary});
+}
+
+bool equalSets(const NSSet& a, const NSSet& b) { return &a == &b || equal({share(a), share(b), CollectionKind::Set}); }
 
 bool equalParts(const Composite& a, const Composite& b) {
-    return &a == &b || equal({&a, &b, CollectionKind::Composite});
+    return &a == &b || equal({share(a), share(b), CollectionKind::Composite});
 }
 
 }  // namespace tovi::detail

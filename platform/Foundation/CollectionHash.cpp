@@ -28,7 +28,7 @@ NSUInteger hashOfSet(const NSSet& set) noexcept {
 /// The hash of a list, a dictionary or a composite, as far as it has come.
 class Hashing {
 public:
-    Hashing(const NSObject& collection, CollectionKind kind) noexcept : collection_(&collection), kind_(kind) {}
+    Hashing(const NSObject& collection, CollectionKind kind) noexcept : collection_(share(collection)), kind_(kind) {}
 
     /// Goes on until a nested one is reached, which is answered; its hash is to be given to `take`.
     const NSObject* nextNested() {
@@ -36,6 +36,7 @@ public:
             const CollectionKind kind = kindOf(*object, Class::ByParts::Hash);
             if (kind != CollectionKind::None && kind != CollectionKind::Set)
                 return object;
+            const Held hold(*object);
             take(object->hash());
         }
         return nullptr;
@@ -79,7 +80,7 @@ private:
         return position_ < index.size() ? table().entryAt({position_}).value : nullptr;
     }
 
-    const NSObject* collection_;
+    Ref<NSObject> collection_;
     CollectionKind kind_;
     std::size_t position_ = 0;  ///< the element of a list, the slot of a dictionary's index, a composite's part
     std::size_t count_ = 0;
@@ -96,13 +97,14 @@ NSUInteger hashOfCollection(const NSObject& collection, CollectionKind kind) {
     Hashing at(collection, kind);
     for (;;) {
         if (const NSObject* const nested = at.nextNested()) {
-            outer.push_back(at);
-            at = Hashing(*nested, kindOf(*nested, Class::ByParts::Hash));
+            Hashing next(*nested, kindOf(*nested, Class::ByParts::Hash));
+            outer.push_back(std::move(at));
+            at = std::move(next);
         } else if (outer.empty()) {
             return at.result();
         } else {
             const NSUInteger hash = at.result();
-            at = outer.back();
+            at = std::move(outer.back());
             outer.pop_back();
             at.take(hash);
         }

@@ -6,6 +6,7 @@
 #include <ToviFoundationKit/Foundation/NSMutableArray.h>
 #include <ToviFoundationKit/Foundation/NSMutableDictionary.h>
 #include <ToviFoundationKit/Foundation/NSMutableSet.h>
+#include <ToviFoundationKit/Runtime/NSNumber.h>
 
 namespace tovi::detail {
 
@@ -29,6 +30,20 @@ inline CollectionKind kindOf(const NSObject& object, Class::ByParts operation) n
     const CollectionKind kind = kindOf(object);
     return kind == CollectionKind::None && compositeFor(object, operation) ? CollectionKind::Composite : kind;
 }
+
+/// Keeps an object alive whose own code runs and may let go of it. Texts and numbers run none.
+class Held {
+public:
+    explicit Held(const NSObject& object) {
+        const Class* const exact = &object.isa();
+        if (exact != &NSString::classObject() && exact != &NSMutableString::classObject() &&
+            exact != &NSNumber::classObject())
+            object_ = share(object);
+    }
+
+private:
+    id object_;
+};
 
 /// The insides of collections.
 struct CollectionAccess {

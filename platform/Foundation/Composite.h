@@ -12,8 +12,8 @@ namespace detail {
 
 /// What the classes of tree nodes have in common: an object that is its data and its children, the latter in a list or
 /// under keys, and that may stand below a parent. Equality, hash, copies and description come from these parts; they
-/// follow nested composites, lists, dictionaries and sets to any depth without deep recursion. A class that overrides
-/// one of them is asked instead, for itself and as a child.
+/// follow children to any depth without deep recursion, and the first two also data, lists, dictionaries and sets. A
+/// class that overrides one of them is asked instead, for itself and as a child.
 class TOVI_EXPORT Composite : public NSObject {
 public:
     using CompositeBase = Composite;
@@ -38,7 +38,7 @@ public:
     virtual void encodeWithCoder(NSCoder& coder) const;
     virtual void initWithCoder(NSCoder& coder);
     /// Lets go of the parent, the children and the data.
-    void breakReferenceCycles() noexcept;
+    virtual void breakReferenceCycles() noexcept;
 
 protected:
     enum class ParentLink : bool { Borrowed, Held };

@@ -36,18 +36,18 @@ template <class Made, class Make, class Add> Made builtFrom(const NSObject& root
         FastEnumeration enumeration;
         const NSDictionary* keyed;
         NSUInteger index = 0;
-        NSObject* key = nullptr;
+        id key = nullptr;
     };
     std::vector<Open> open;
     const auto enter = [&](Made&& child) {
         Open& parent = open.back();
-        add(parent.made, parent.key, parent.index++, std::move(child));
+        add(parent.made, parent.key.get(), parent.index++, std::move(child));
     };
     Ref<NSObject> at = share(root);
-    NSObject* key = nullptr;
+    id key;
     for (;;) {
         const Composite* descend = nullptr;
-        Made made = make(*at, key, descend);
+        Made made = make(*at, key.get(), descend);
         if (NSObject* const children = descend ? CompositeAccess::children(*descend) : nullptr)
             open.push_back({std::move(made), FastEnumeration(*children), as<NSDictionary>(children)});
         else if (open.empty())
@@ -57,9 +57,15 @@ template <class Made, class Make, class Add> Made builtFrom(const NSObject& root
         for (NSObject* next = nullptr; !next;) {
             Open& parent = open.back();
             next = parent.enumeration.next();
+            if (next && parent.keyed) {
+                parent.key = next;
+                next = parent.keyed->find(*parent.key);
+                if (!next)  // the key's own code has changed something
+                    raiseMutatedWhileEnumerated(*parent.keyed);
+            }
             if (next) {
-                key = parent.key = parent.keyed ? next : nullptr;
-                at = parent.keyed ? *parent.keyed->find(*next) : *next;
+                at = *next;
+                key = parent.key;
                 continue;
             }
             Made complete = std::move(parent.made);

@@ -171,7 +171,7 @@ Ref<NSArray> NSArray::sortedArrayUsingFunction_context(NSSortFunction compare, v
 
 // Descending, stable too: what was last comes first, is sorted, and changes places once more.
 void NSMutableArray::sortUsingKeys(std::span<const id> keys, Selector comparator, bool descending) {
-    willChange("sortUsingKeys");
+    willChange("sortUsingSelector:");
     if (keys.size() != count_)
         NSException::raise(NSInvalidArgumentException, u"%lu keys for %lu objects", keys.size(), count_);
     if (count_ < 2)

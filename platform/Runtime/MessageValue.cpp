@@ -103,7 +103,8 @@ MessageValue MessageValue::zero(ValueKind kind, const char* encoding) noexcept {
 std::optional<MessageValue> MessageValue::convertedIfPossible(ValueKind kind, const char* encoding) const {
     if (kind == kind_ && !isNumber())
         return *this;
-    if (kind_ == ValueKind::Void)
+    const bool isNil = kind_ == ValueKind::Object && !object_;
+    if (kind_ == ValueKind::Void || (isNil && kind == ValueKind::Selector))
         return zero(kind, encoding);
     MessageValue result(kind, encoding);
     if (isNumber() && kind == ValueKind::Integer) {

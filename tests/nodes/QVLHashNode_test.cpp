@@ -50,6 +50,8 @@ TEST(QVLHashNode, KeepsChildrenUnderKeys) {
     EXPECT_FALSE(second->nodeParent());
     EXPECT_EQ(tree.root->numberOfChildren(), 1U);
     EXPECT_RAISES(send(*tree.root, "addChild:forKey:"_sel, nullptr, u"k"_ns), NSInvalidArgumentException, "");
+    tree.c->takeApart();
+    EXPECT_FALSE(tree.c->nodeParent() || tree.root->numberOfChildren());
     tree.a->setNodeParent(nullptr);
     tree.a->takeApart();
 }

@@ -52,6 +52,12 @@ TEST(QVLNode2, EndsOutsideTheParentThatItIsAddedToAgain) {
     EXPECT_EQ(children(parent), "");
 }
 
+TEST(QVLNode2, LeavesParentsInTheOrderOfTheNodes) {
+    const auto q = parentOf({u"a"}), b = parentOf({u"a"});
+    q->appendChildren(NSArray::of(*q->firstChild(), *b->firstChild()));
+    EXPECT_EQ(children(q) + "|" + children(b), "|a") << "the first took the second one's link along";
+}
+
 TEST(QVLNode2, RemovesEveryEqualChild) {
     const auto parent = parentOf({u"a", u"b", u"a"});
     const auto first = parent->childAtIndex(0).ref(), last = parent->childAtIndex(2).ref();

@@ -89,6 +89,23 @@ public:
     Ref<NSObject> copy() const override { return adopt(*new Anything); }
 };
 
+/// Data that empties a tree when it is compared or hashed.
+class Leaver : public NSObject {
+    TOVI_CLASS(Leaver, NSObject)
+
+public:
+    static Ref<Leaver> make(QVLNode& tree) {
+        Ref<Leaver> result = adopt(*new Leaver);
+        result->tree_ = &tree;
+        return result;
+    }
+    bool isEqual(const NSObject*) const override { return tree_->removeAllChildren(), false; }
+    NSUInteger hash() const override { return tree_->removeAllChildren(), 0; }
+
+private:
+    QVLNode* tree_ = nullptr;
+};
+
 const Additions<Ranked> additions{
     instance<&Ranked::rank>("rank"),
     instance<&Ranked::compareRank>("compareRank:"),
@@ -195,6 +212,43 @@ TEST(QVLNode, RemovesAllOccurrencesOfMovedNodesThoughItsListWasNeverShown) {
     EXPECT_EQ(a->indexOfChildIdenticalTo(moved), 0U);
     a->_removeChildrenIdenticalTo(NSArray::of(moved, node(u"m")));
     EXPECT_EQ(a->numberOfChildren(), 0U);
+    const auto again = node(u"n");
+    a->appendChild(again);
+    b->appendChild(again);
+    a->removeAllChildren();
+    b->appendChild(again);
+    b->removeChild(again);
+    EXPECT_EQ(b->numberOfChildren(), 0U);
+}
+
+TEST(QVLNode, AnswersMessagesOfAHostsClassAndWithNil) {
+    const id made = send(Ranked::classObject(), "new"_sel);
+    EXPECT_TRUE(as<Ranked>(made.get()));
+    send(*made, "initWithData:"_sel, u"d"_ns);
+    const Tree tree(to<Ranked>(made));
+    tree->appendChild(Ranked::make(u"b", 2));
+    tree->appendChild(Ranked::make(u"a", 1));
+    tree->sortChildrenWithSelector("rank"_sel);
+    tree->recursiveMakeChildrenPerformSelector_withObject("resortChildrenWithSelector:"_sel, nullptr);
+    EXPECT_EQ(written(tree), "d(ba)");
+    send(*made, "removeChild:"_sel, nullptr);
+    EXPECT_EQ(send<NSUInteger>(*made, "indexOfChild:"_sel, nullptr), notFound);
+    EXPECT_FALSE(send<bool>(*made, "isDescendantOfNodeInArray:"_sel, nullptr));
+    send(*made, "init"_sel);
+    EXPECT_EQ(written(tree), "-");
+}
+
+TEST(QVLNode, OutlivesDataThatTakesItOutOfItsTree) {
+    const Tree tree(grown(u"r(ab)"));
+    const Tree same(to<QVLNode>(tree->copy()));
+    for (const auto& each : {child(tree, 0), child(same, 0)})
+        each->setNodeData(Leaver::make(*tree));
+    EXPECT_FALSE(*tree == *same);
+    tree->appendChild(node(u"c"));
+    tree->appendChild(node(u"d"));
+    child(tree, 0)->setNodeData(Leaver::make(*tree));
+    tree->hash();
+    EXPECT_EQ(tree->numberOfChildren(), 0U);
 }
 
 TEST(QVLNode, FindsItsWayByEquality) {

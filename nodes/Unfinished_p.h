@@ -1,0 +1,25 @@
+#pragma once
+
+#include <exception>
+
+#include <ToviFoundationKit/Runtime/NSObject.h>
+
+namespace tovi {
+
+/// Takes a tree apart that is being built from outside data when an exception ends that.
+template <class Node> class Unfinished {
+public:
+    explicit Unfinished(Node& root) noexcept : root_(root), exceptions_(std::uncaught_exceptions()) {}
+    ~Unfinished() {
+        if (std::uncaught_exceptions() > exceptions_)
+            root_->takeApart();
+    }
+    Unfinished(const Unfinished&) = delete;
+    Unfinished& operator=(const Unfinished&) = delete;
+
+private:
+    const Ref<Node> root_;
+    const int exceptions_;
+};
+
+}  // namespace tovi
