@@ -6,6 +6,9 @@ function(tovi_library)
     tovi_compile(ToviFoundationKit)
     target_compile_features(ToviFoundationKit PUBLIC cxx_std_20)
     target_link_libraries(ToviFoundationKit PRIVATE ${folders})
+    # This compiler takes the null of an empty reference, which is never used, for an object of no size.
+    target_compile_options(ToviFoundationKit INTERFACE
+        $<$<AND:$<CXX_COMPILER_ID:GNU>,$<VERSION_LESS:$<CXX_COMPILER_VERSION>,13>>:-Wno-stringop-overflow>)
     # Calls between the library's own functions go straight there.
     target_link_options(ToviFoundationKit PRIVATE LINKER:-Bsymbolic-functions)
     target_include_directories(ToviFoundationKit INTERFACE

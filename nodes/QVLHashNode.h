@@ -40,7 +40,7 @@ public:
     virtual void removeChildForKey(const NSObject& key);
     /// Takes the receiver out of its parent's dictionary, wherever it stands there, and all links of the tree below
     /// apart: every node there, the receiver included, ends without parent and children.
-    void takeApart();
+    void takeApart() override;
 
     Ref<QVLHashNode> rootNode() const { return static_cast<QVLHashNode&>(root()); }
     bool isDescendantOfNode(

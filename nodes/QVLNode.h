@@ -67,7 +67,7 @@ public:
     /// Leaves the parent (by identity, unless its list is immutable), then takes all links of the tree below apart:
     /// every node there, the receiver included, ends without parent and children. Lists of children that others hold
     /// are emptied, unless immutable.
-    void takeApart();
+    void takeApart() override;
     void breakReferenceCycles() noexcept override;
 
     // Finding one's way.

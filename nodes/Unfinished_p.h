@@ -11,8 +11,12 @@ template <class Node> class Unfinished {
 public:
     explicit Unfinished(Node& root) noexcept : root_(root), exceptions_(std::uncaught_exceptions()) {}
     ~Unfinished() {
-        if (std::uncaught_exceptions() > exceptions_)
+        if (std::uncaught_exceptions() <= exceptions_)
+            return;
+        try {
             root_->takeApart();
+        } catch (...) {  // would only hide what went wrong first
+        }
     }
     Unfinished(const Unfinished&) = delete;
     Unfinished& operator=(const Unfinished&) = delete;

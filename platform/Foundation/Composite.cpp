@@ -98,7 +98,8 @@ Ref<NSObject> Composite::copy() const {
         },
         [](const Ref<NSObject>& parent, NSObject* key, NSUInteger, const Ref<NSObject>& child) {
             CompositeAccess::addCopiedChild(static_cast<Composite&>(*parent), child, key);
-        });
+        },
+        [](const Ref<NSObject>& incomplete) { static_cast<Composite&>(*incomplete).takeApart(); });
 }
 
 Ref<NSString> Composite::description() const {

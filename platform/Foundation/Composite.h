@@ -37,6 +37,7 @@ public:
     /// order where the coder has no keys. So whoever archives one node archives its whole tree.
     virtual void encodeWithCoder(NSCoder& coder) const;
     virtual void initWithCoder(NSCoder& coder);
+    virtual void takeApart() = 0;
     /// Lets go of the parent, the children and the data.
     virtual void breakReferenceCycles() noexcept;
 

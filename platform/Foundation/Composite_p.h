@@ -29,8 +29,11 @@ inline const Composite* compositeFor(const NSObject& object, Class::ByParts oper
 ///     follow add(parent, key, index, child)  enters what became of a child; the key is null where the children are a
 ///     list
 ///
+///     drop(made)                      gets rid of one that will not be complete, since something raised
+///
 /// Those whose children are under way wait in a vector, not on the stack.
-template <class Made, class Make, class Add> Made builtFrom(const NSObject& root, Make make, Add add) {
+template <class Made, class Make, class Add, class Drop>
+Made builtFrom(const NSObject& root, Make make, Add add, Drop drop) {
     struct Open {
         Made made;
         FastEnumeration enumeration;
@@ -38,7 +41,18 @@ template <class Made, class Make, class Add> Made builtFrom(const NSObject& root
         NSUInteger index = 0;
         id key = nullptr;
     };
-    std::vector<Open> open;
+    struct OpenOnes : std::vector<Open> {
+        explicit OpenOnes(Drop& d) : drop(d) {}
+        // What getting rid of them raises would only hide what went wrong first.
+        ~OpenOnes() {
+            for (Open& each : *this)
+                try {
+                    drop(each.made);
+                } catch (...) {
+                }
+        }
+        Drop& drop;
+    } open(drop);
     const auto enter = [&](Made&& child) {
         Open& parent = open.back();
         add(parent.made, parent.key.get(), parent.index++, std::move(child));
@@ -75,6 +89,10 @@ template <class Made, class Make, class Add> Made builtFrom(const NSObject& root
             enter(std::move(complete));
         }
     }
+}
+
+template <class Made, class Make, class Add> Made builtFrom(const NSObject& root, Make make, Add add) {
+    return builtFrom<Made>(root, make, add, [](Made&) {});
 }
 
 }  // namespace tovi::detail
