@@ -149,7 +149,7 @@ TEST(NSIndexSet, NoticesAChangeWhileItIsEnumerated) {
 TEST(NSMutableIndexSet, IsMadeOfBits) {
     std::mt19937_64 random(9);
     std::mt19937 questions(9);
-    for (const std::size_t words : {1, 2, 511, 512, 513, 1100}) {
+    for (const std::size_t words : {1U, 2U, 511U, 512U, 513U, 1100U}) {
         std::vector<std::uint64_t> dense(words), sparse(words), all(words, ~std::uint64_t{0});
         for (std::size_t i = 0; i < words; ++i) {
             dense[i] = random();
