@@ -18,10 +18,11 @@ public:
     }
 
     void addTo(Post& list) const {
+        const bool hasReplies = std::find(isAnswered_.begin(), isAnswered_.end(), true) != isAnswered_.end();
         std::vector<Post*> posts(parents_.size());
         for (const std::size_t each : parentsFirst_) {
             const std::size_t parent = parents_[each];
-            if (parent != none || isAnswered_[each])
+            if (parent != none || isAnswered_[each] || !hasReplies)
                 posts[each] = &(parent == none ? list : *posts[parent]).addReply(message(each));
         }
     }

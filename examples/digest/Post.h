@@ -11,7 +11,8 @@ class Post final : public tovi::QVLNode2 {
 
 public:
     /// The conversations of a list, in a post that stands for the list. What nobody answers and answers nothing is left
-    /// out; so are further messages of a message id, and circles are cut, as anything may be in a header.
+    /// out, unless there is nothing else; so are further messages of a message id, and circles are cut, as anything may
+    /// be in a header.
     static tovi::Ref<Post> conversationsOf(const tovi::NSArray& messages);
 
     tovi::Ref<tovi::NSString> sender() const;

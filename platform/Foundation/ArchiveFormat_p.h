@@ -24,10 +24,12 @@ namespace tovi::detail {
 //     r                      NSValue: location and length of a range
 //     b  B                   data: number of bytes, bytes
 //     m                      date: seconds since the reference date, a real
-//     x  X                   index set: number of runs, of each the distance from the end of the last one, and the
-//     length a  A                   list: number of elements, references u  U                   set: the same h  H
-//     dictionary: number of entries, of each the references of key and value k                      class object: index
-//     of its name o                      any other object: index of its class's name, fields
+//     x  X                   index set: number of runs, of each the distance from the end of the last one, the length
+//     a  A                   list: number of elements, references
+//     u  U                   set: the same
+//     h  H                   dictionary: number of entries, of each the references of key and value
+//     k                      class object: index of its name
+//     o                      any other object: index of its class's name, fields
 //
 //     fields     keyed: each 4 x (index of the key + 1) + kind, value; 0 at the end. The kinds are 0 a reference, 1 a
 //                signed number, 2 a real, 3 a truth value (a byte).

@@ -83,7 +83,11 @@ void NSMutableDictionary::reserve(NSUInteger capacity) {
     table_.reserve(capacity);
 }
 
-Ref<NSObject> NSMutableDictionary::copy() const { return adopt(*new NSDictionary(table_)); }
+Ref<NSObject> NSMutableDictionary::copy() const {
+    if (!count())
+        return NSDictionary::dictionary();
+    return adopt(*new NSDictionary(table_));
+}
 
 namespace {
 

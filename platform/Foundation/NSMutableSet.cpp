@@ -98,7 +98,11 @@ void NSMutableSet::reserve(NSUInteger capacity) {
     table_.reserve(capacity);
 }
 
-Ref<NSObject> NSMutableSet::copy() const { return adopt(*new NSSet(table_)); }
+Ref<NSObject> NSMutableSet::copy() const {
+    if (!count())
+        return NSSet::set();
+    return adopt(*new NSSet(table_));
+}
 
 namespace {
 

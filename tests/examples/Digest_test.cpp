@@ -159,13 +159,13 @@ TEST(Post, putsRepliesBelowWhatTheyAnswer) {
               "(c(d(e))a(b))"},
              {question + named("b") + named("c", "References: <b@x>"), "(a(b(c)))"},
              {named("a", "References: <b@x>") + named("b", early), "(b(a))"},
-             {named("a", "References: <a@x>"), ""},
+             {named("a", "References: <a@x>"), "(a)"},
              {question + named("c", "References: <b@x> <c@x>"), "(a(b(c)))"},
              {named("a", "References: <b@x>") + named("b", "References: <a@x>"), "(a(b))"},
              {named("t", early + "References: <a@x>") + named("a", "References: <b@x>") +
                   named("b", "References: <c@x>") + named("c", "References: <a@x>"),
               "(a(tc(b)))"},
-             {message("Subject: a") + message("Subject: b\nIn-Reply-To: <>"), ""},
+             {message("Subject: a") + message("Subject: b\nIn-Reply-To: <>"), "(ab)"},
          })
         EXPECT_EQ(conversations(text), expected) << text;
 }
