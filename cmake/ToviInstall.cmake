@@ -14,6 +14,11 @@ endforeach()
 # find_package(ToviFoundationKit)
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/ToviFoundationKit)
 install(EXPORT ToviFoundationKit NAMESPACE Tovi:: FILE ToviFoundationKitTargets.cmake DESTINATION ${package_dir})
+get_property(modules GLOBAL PROPERTY TOVI_MODULES)
+foreach(module ${modules})
+    install(EXPORT ToviFoundationKit${module} NAMESPACE Tovi:: FILE ToviFoundationKit${module}Targets.cmake
+        DESTINATION ${package_dir})
+endforeach()
 configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/ToviFoundationKitConfig.cmake.in
     ${PROJECT_BINARY_DIR}/ToviFoundationKitConfig.cmake
     INSTALL_DESTINATION ${package_dir} NO_SET_AND_CHECK_MACRO)
@@ -32,7 +37,14 @@ file(RELATIVE_PATH pc_includedir ${pkgconfig_dir} ${CMAKE_INSTALL_FULL_INCLUDEDI
 foreach(path pc_prefix pc_libdir pc_includedir)
     string(REGEX REPLACE "/$" "" ${path} ${${path}})
 endforeach()
-configure_file(${PROJECT_SOURCE_DIR}/cmake/ToviFoundationKit.pc.in ${PROJECT_BINARY_DIR}/ToviFoundationKit.pc @ONLY)
-install(FILES ${PROJECT_BINARY_DIR}/ToviFoundationKit.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+foreach(module "" ${modules})
+    set(template ToviFoundationKit.pc.in)
+    if(module)
+        set(template ToviModule.pc.in)
+    endif()
+    set(pc_file ${PROJECT_BINARY_DIR}/ToviFoundationKit${module}.pc)
+    configure_file(${PROJECT_SOURCE_DIR}/cmake/${template} ${pc_file} @ONLY)
+    install(FILES ${pc_file} DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+endforeach()
 
 install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})

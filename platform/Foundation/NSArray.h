@@ -12,6 +12,7 @@ namespace tovi {
 
 class NSEnumerator;
 class NSIndexSet;
+class NSPredicate;
 namespace detail {
 struct CollectionAccess;
 }
@@ -85,6 +86,9 @@ public:
     /// With any callable that orders two objects: `[](NSObject& a, NSObject& b) { return NSOrderedSame; }`.
     template <std::invocable<NSObject&, NSObject&> F> Ref<NSArray> sortedArrayUsing(F compare) const;
 
+    /// The elements for which the predicate is true, in their order.
+    Ref<NSArray> filteredArrayUsingPredicate(const NSPredicate& predicate) const;
+
     bool isEqual(const NSObject* other) const override;
     NSUInteger hash() const override;
     /// "(\n    1,\n    two\n)". Texts other than plain words (ASCII letters and digits) are quoted and escaped; nested
@@ -94,6 +98,12 @@ public:
     Ref<NSObject> mutableCopy() const override;  ///< an NSMutableArray
     /// The elements' values for the key, nil as NSNull.
     id valueForKey(const NSString& key) override;
+    /// Follows the path key by key. The collection operators take what the rest of the path gives for the list (the
+    /// list itself, when there is no rest): `@count`, `@sum`, `@avg`, `@min`, `@max`, `@unionOfObjects`,
+    /// `@distinctUnionOfObjects`; and for a list of lists or sets `@unionOfArrays`, `@distinctUnionOfArrays`,
+    /// `@distinctUnionOfSets`. They pass over nil. Without values the sum and the average are 0, the minimum and the
+    /// maximum nil. The key `self` is the value itself. `list->valueForKeyPath(u"@sum.price"_ns)`
+    id valueForKeyPath(const NSString& path) override;
 
     static void operator delete(void* memory);
 

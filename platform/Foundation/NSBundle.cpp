@@ -118,6 +118,20 @@ public:
         return failure ? nullptr : ofRunningCode(program.parent_path());
     }
 
+    /// The bundles among the library's resources.
+    std::vector<NSBundle*> ownResources() {
+        std::vector<NSBundle*> result;
+        if (libraryFile.empty())
+            return result;
+        std::error_code failure;
+        for (fs::directory_iterator entry(libraryFile.parent_path() / "ToviFoundationKit/Resources", failure), end;
+             !failure && entry != end; entry.increment(failure))
+            if (entry->path().extension() == ".bundle")
+                result.push_back(bundle(entry->path()));
+        std::erase(result, nullptr);
+        return result;
+    }
+
     std::vector<NSBundle*> all() {
         std::vector<NSBundle*> result{own(), main()};
         std::erase(result, nullptr);
@@ -145,9 +159,21 @@ RefPtr<NSBundle> NSBundle::bundleWithPath(const NSString& path) {
     return path.length() ? BundleTable::shared().bundle(path.UTF8String()) : nullptr;
 }
 
+namespace {
+
+bool hasIdentifier(const NSBundle& bundle, const NSString& identifier) {
+    const RefPtr<NSString> own = bundle.bundleIdentifier();
+    return own && *own == identifier;
+}
+
+}  // namespace
+
 RefPtr<NSBundle> NSBundle::bundleWithIdentifier(const NSString& identifier) {
     for (NSBundle* bundle : BundleTable::shared().all())
-        if (const RefPtr<NSString> own = bundle->bundleIdentifier(); own && *own == identifier)
+        if (hasIdentifier(*bundle, identifier))
+            return bundle;
+    for (NSBundle* bundle : BundleTable::shared().ownResources())
+        if (hasIdentifier(*bundle, identifier))
             return bundle;
     return nullptr;
 }

@@ -25,8 +25,8 @@ public:
     static RefPtr<NSBundle> mainBundle();
     /// nil when the path does not lead to a directory.
     static RefPtr<NSBundle> bundleWithPath(const NSString& path);
-    /// The bundle of that identifier among the library's own, the main one and those that were asked for by path
-    /// before; nil when there is none.
+    /// The bundle of that identifier among the library's own, those in its resources, the main one and those that were
+    /// asked for by path before; nil when there is none.
     static RefPtr<NSBundle> bundleWithIdentifier(const NSString& identifier);
 
     Ref<NSString> bundlePath() const;  ///< absolute, without "." and ".."

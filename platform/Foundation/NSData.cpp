@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <functional>
+#include <new>
 #include <string_view>
 #include <vector>
 
@@ -21,14 +22,25 @@ TOVI_DEFINE_CLASS(NSMutableData, NSData)
 
 namespace {
 
+void* allocated(std::size_t size) {
+    void* const memory = std::malloc(size);
+    if (!memory)
+        throw std::bad_alloc();
+    return memory;
+}
+
 std::string_view characters(NSData::Bytes bytes) noexcept {
     return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }
 
 }  // namespace
 
+// The immutable form lies in one block with its bytes, whose size only its allocator knows: hence malloc and free.
+void* NSData::operator new(std::size_t size) { return allocated(size); }
+void NSData::operator delete(void* memory) { std::free(memory); }
+
 Ref<NSData> NSData::uninitialized(NSUInteger length) {
-    void* memory = ::operator new(sizeof(NSData) + length);
+    void* const memory = allocated(sizeof(NSData) + length);
     return adopt(*::new (memory) NSData(static_cast<std::byte*>(memory) + sizeof(NSData), length));
 }
 

@@ -8,6 +8,9 @@
 namespace tovi {
 
 class NSError;
+namespace detail {
+class DataBuilder;
+}
 
 /// A run of bytes. The immutable form keeps them inside the object. Ranges outside raise NSRangeException.
 class TOVI_EXPORT NSData : public NSObject {
@@ -40,7 +43,8 @@ public:
     Ref<NSObject> copy() const override;
     Ref<NSObject> mutableCopy() const override;  ///< an NSMutableData
 
-    static void operator delete(void* memory) { ::operator delete(memory); }
+    static void* operator new(std::size_t size);
+    static void operator delete(void* memory);
 
 protected:
     NSData(std::byte* bytes, NSUInteger length) noexcept : bytes_(bytes), length_(length) {}
@@ -49,6 +53,7 @@ protected:
     NSUInteger length_;
 
 private:
+    friend class detail::DataBuilder;
     static Ref<NSData> uninitialized(NSUInteger length);
 };
 

@@ -151,7 +151,12 @@ Ref<NSString> NSDictionary::description() const {
 
 Ref<NSObject> NSDictionary::copy() const { return share(*this); }
 Ref<NSObject> NSDictionary::mutableCopy() const { return NSMutableDictionary::dictionaryWithDictionary(*this); }
-id NSDictionary::valueForKey(const NSString& key) { return objectForKey(key); }
+id NSDictionary::valueForKey(const NSString& key) {
+    if (NSObject* const value = find(key))
+        return value;
+    const bool isOwn = key.view().starts_with(u'@') && isa().accessorForKey(key.substringFromIndex(1));
+    return isOwn ? NSObject::valueForKey(key.substringFromIndex(1)) : nullptr;
+}
 
 namespace {
 

@@ -58,7 +58,8 @@ public:
     Ref<NSString> description() const override;
     Ref<NSObject> copy() const override;
     Ref<NSObject> mutableCopy() const override;  ///< an NSMutableDictionary
-    /// The value for the key; nil when there is none.
+    /// The value for the key; nil when there is none. Without one, `@count` and the like are read from the dictionary
+    /// itself.
     id valueForKey(const NSString& key) override;
 
 protected:

@@ -58,6 +58,9 @@ public:
     /// Every element for which the callable answers true, in one pass. Answers how many they were.
     template <std::predicate<NSObject&> F> NSUInteger removeObjectsPassingTest(F test);
 
+    /// Keeps the elements for which the predicate is true.
+    void filterUsingPredicate(const NSPredicate& predicate);
+
     /// As `sortedArray...`. When a comparison throws the list stays as it was.
     void sortUsingSelector(Selector comparator);
     void sortUsingFunction_context(NSSortFunction compare, void* context);

@@ -31,6 +31,7 @@ public:
     void minusSet(const NSSet& other);
     void intersectSet(const NSSet& other);
     void setSet(const NSSet& other);
+    void filterUsingPredicate(const NSPredicate& predicate);  ///< keeps the elements for which it is true
     /// Room for so many elements in all.
     void reserve(NSUInteger capacity);
 

@@ -40,6 +40,9 @@ public:
     void makeObjectsPerformSelector(Selector selector) const;
     void makeObjectsPerformSelector_withObject(Selector selector, NSObject* argument) const;
 
+    /// The elements for which the predicate is true.
+    Ref<NSSet> filteredSetUsingPredicate(const NSPredicate& predicate) const;
+
     bool isEqual(const NSObject* other) const override;
     NSUInteger hash() const override;
     /// "{(\n    1,\n    two\n)}", as NSArray's.
@@ -48,6 +51,8 @@ public:
     Ref<NSObject> mutableCopy() const override;  ///< an NSMutableSet
     /// The set of the elements' values for the key, nil left out.
     id valueForKey(const NSString& key) override;
+    /// As NSArray's; the unions are sets.
+    id valueForKeyPath(const NSString& path) override;
 
 protected:
     using Table = detail::HashTable<detail::SetEntry>;

@@ -1,11 +1,15 @@
 #include <algorithm>
+#include <cstring>
 #include <string>
+#include <type_traits>
+#include <vector>
 
 #include <unicode/ustring.h>
 
 #include <ToviFoundationKit/Foundation/TextSearch_p.h>
 #include <ToviFoundationKit/Runtime/Additions.h>
 #include <ToviFoundationKit/Runtime/StringBuilder.h>
+#include <ToviFoundationKit/Runtime/UnitSearch_p.h>
 
 namespace tovi {
 
@@ -44,34 +48,88 @@ NSRange NSString::rangeOfString_options_range(const NSString& searched, NSString
     return detail::TextSearch(searched, options).find(view(), range);
 }
 
+namespace {
+
+/// Copies a few units without asking a function of the library to.
+void copyFew(char16_t* to, const char16_t* from, std::size_t count) {
+    const auto copyEnds = [=](auto size) {
+        std::memcpy(to, from, 2 * size);
+        std::memcpy(to + count - size, from + count - size, 2 * size);
+    };
+    if (count > 16)
+        std::copy_n(from, count, to);
+    else if (count >= 8)
+        copyEnds(std::integral_constant<std::size_t, 8>());
+    else if (count >= 4)
+        copyEnds(std::integral_constant<std::size_t, 4>());
+    else if (count >= 2)
+        copyEnds(std::integral_constant<std::size_t, 2>());
+    else if (count)
+        *to = *from;
+}
+
+/// Appends the text with every place of `searched` in the range replaced. Answers how many there are; when there is
+/// none, nothing is appended.
+NSUInteger appendReplaced(StringBuilder& out, std::u16string_view text, NSRange range, std::u16string_view searched,
+                          std::u16string_view replacement) {
+    const std::u16string_view searchable = text.substr(0, range.end());
+    std::size_t places[256];
+    std::size_t found = 0, copied = 0;
+    NSUInteger count = 0;
+    do {
+        found = detail::findAllLiterally(searchable, std::max<std::size_t>(copied, range.location), searched, places);
+        for (std::size_t i = 0; i < found; ++i) {
+            const std::size_t run = places[i] - copied;
+            char16_t* const to = out.extend(run + replacement.size());
+            copyFew(to, text.data() + copied, run);
+            copyFew(to + run, replacement.data(), replacement.size());
+            copied = places[i] + searched.size();
+        }
+        count += found;
+    } while (found == std::size(places));
+    if (count)
+        out.append(text.substr(copied));
+    return count;
+}
+
+}  // namespace
+
 NSUInteger NSMutableString::replaceOccurrencesOfString_withString_options_range(const NSString& searched,
                                                                                 const NSString& replacement,
                                                                                 NSStringCompareOptions options,
                                                                                 NSRange range) {
     checkRange(range, "replaceOccurrencesOfString:withString:options:range:");
+    StringBuilder result;
+    if (options == NSLiteralSearch) {
+        const NSUInteger replaced = searched.length() ? appendReplaced(result, *this, range, searched, replacement) : 0;
+        if (replaced)
+            setString(result.string());
+        return replaced;
+    }
     const bool backwards = options & NSBackwardsSearch;
     detail::TextSearch search(searched, options);
     std::vector<NSRange> matches;
+    NSUInteger copied = 0, count = 0;
+    const auto replace = [&](NSRange match) {
+        result.append(view().substr(copied, match.location - copied)).append(replacement);
+        copied = match.end();
+    };
     for (NSRange match; (match = search.find(view(), range)).wasFound();) {
-        matches.push_back(match);
+        ++count;
+        if (backwards)
+            matches.push_back(match);
+        else
+            replace(match);
         if (options & NSAnchoredSearch)
             break;
         range = backwards ? NSRange{range.location, match.location - range.location}
                           : NSRange{match.end(), range.end() - match.end()};
     }
-    if (matches.empty())
+    if (!count)
         return 0;
-    if (backwards)
-        std::reverse(matches.begin(), matches.end());
-    StringBuilder result;
-    NSUInteger copied = 0;
-    for (const NSRange match : matches) {
-        result.append(view().substr(copied, match.location - copied)).append(replacement);
-        copied = match.end();
-    }
-    result.append(view().substr(copied));
-    splice({0, length_}, result.view());
-    return matches.size();
+    std::for_each(matches.rbegin(), matches.rend(), replace);
+    setString(result.append(view().substr(copied)).string());
+    return count;
 }
 
 // Order.
@@ -115,6 +173,8 @@ NSComparisonResult NSString::compare(const NSString& other) const {
 
 NSComparisonResult NSString::compare_options(const NSString& other, NSStringCompareOptions options) const {
     const bool caseless = options & NSCaseInsensitiveSearch;
+    if (options & NSDiacriticInsensitiveSearch)
+        return detail::compareKeys(*this, other, detail::KeyTable::of(*detail::samenessFor(options)));
     if (options & NSLiteralSearch)
         return caseless ? detail::compareKeys(*this, other, detail::KeyTable::of(detail::Sameness::LiteralCaseless))
                         : order(view().compare(other.view()));
@@ -181,6 +241,18 @@ template <char16_t first, char16_t last> Ref<NSString> mapped(const NSString& st
 Ref<NSString> NSString::uppercaseString() const { return mapped<u'a', u'z'>(*this, u_strToUpper); }
 Ref<NSString> NSString::lowercaseString() const { return mapped<u'A', u'Z'>(*this, u_strToLower); }
 
+Ref<NSString> NSString::capitalizedString() const {
+    StringBuilder out;
+    for (std::u16string_view rest = *this; !rest.empty();) {
+        const std::size_t length = pieceLength(rest);
+        appendMapped(out, rest.substr(0, length),
+                     [](UChar* to, int32_t capacity, const UChar* from, int32_t count, const char* locale,
+                        UErrorCode* error) { return u_strToTitle(to, capacity, from, count, nullptr, locale, error); });
+        rest.remove_prefix(length);
+    }
+    return out.string();
+}
+
 namespace {
 
 const Additions<NSString> additions{
@@ -194,6 +266,7 @@ const Additions<NSString> additions{
     instance<&NSString::caseInsensitiveCompare>("caseInsensitiveCompare:"),
     instance<&NSString::uppercaseString>("uppercaseString"),
     instance<&NSString::lowercaseString>("lowercaseString"),
+    instance<&NSString::capitalizedString>("capitalizedString"),
 };
 
 const Additions<NSMutableString> mutableAdditions{

@@ -80,7 +80,8 @@ template <class T> const T& published(std::atomic<const T*>& place, std::unique_
 }
 
 constinit KeyTable tables[] = {KeyTable(Sameness::Canonical), KeyTable(Sameness::CanonicalCaseless),
-                               KeyTable(Sameness::LiteralCaseless)};
+                               KeyTable(Sameness::LiteralCaseless), KeyTable(Sameness::Markless),
+                               KeyTable(Sameness::MarklessCaseless)};
 
 }  // namespace
 
@@ -127,7 +128,9 @@ std::u32string KeyTable::key(std::u16string_view character) const {
     forEachCodePoint(character, [&](char32_t c) { canonical ? appendDecomposed(plain, c) : plain.push_back(c); });
     if (canonical)
         reorder(plain);
-    if (sameness_ == Sameness::Canonical)
+    if (sameness_ >= Sameness::Markless)
+        std::erase_if(plain, [](char32_t c) { return u_charType(static_cast<UChar32>(c)) == U_NON_SPACING_MARK; });
+    if (sameness_ == Sameness::Canonical || sameness_ == Sameness::Markless)
         return plain;
     std::u32string folded;
     for (const char32_t c : plain)

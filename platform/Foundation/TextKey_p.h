@@ -11,7 +11,9 @@ namespace tovi::detail {
 enum class Sameness : unsigned char {
     Canonical,          ///< canonically equivalent (UAX #15)
     CanonicalCaseless,  ///< the same after full case folding, too
-    LiteralCaseless     ///< code point by code point, after full case folding
+    LiteralCaseless,    ///< code point by code point, after full case folding
+    Markless,           ///< canonically equivalent without their nonspacing marks
+    MarklessCaseless    ///< the same after full case folding, too
 };
 
 /// The keys of code points: two texts are the same when their keys are. Comes from ICU; the parts that have been in use
@@ -37,7 +39,8 @@ public:
 
     /// The whole key of one code point.
     std::u32string key(char32_t codePoint) const;
-    /// The key of a whole character: of a base and what combines with it.
+    /// The key of a whole character: of a base and what combines with it. Empty for marks alone where these do not
+    /// count.
     std::u32string key(std::u16string_view character) const;
     /// The code points whose keys begin so.
     std::vector<char32_t> codePointsWithKey(char32_t begin) const;

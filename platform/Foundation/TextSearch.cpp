@@ -19,12 +19,20 @@ NSRange rangeOf(std::size_t start, std::size_t end) { return {start, end - start
 char16_t firstUnit(char32_t c) { return c > 0xFFFF ? leadOf(c) : static_cast<char16_t>(c); }
 
 const KeyTable* tableFor(NSStringCompareOptions options) {
-    if (options & NSLiteralSearch)
-        return options & NSCaseInsensitiveSearch ? &KeyTable::of(Sameness::LiteralCaseless) : nullptr;
-    return &KeyTable::of(options & NSCaseInsensitiveSearch ? Sameness::CanonicalCaseless : Sameness::Canonical);
+    const std::optional<Sameness> sameness = samenessFor(options);
+    return sameness ? &KeyTable::of(*sameness) : nullptr;
 }
 
 }  // namespace
+
+std::optional<Sameness> samenessFor(NSStringCompareOptions options) noexcept {
+    const bool caseless = options & NSCaseInsensitiveSearch;
+    if (options & NSDiacriticInsensitiveSearch)
+        return caseless ? Sameness::MarklessCaseless : Sameness::Markless;
+    if (options & NSLiteralSearch)
+        return caseless ? std::optional(Sameness::LiteralCaseless) : std::nullopt;
+    return caseless ? Sameness::CanonicalCaseless : Sameness::Canonical;
+}
 
 TextSearch::TextSearch(std::u16string_view searched, NSStringCompareOptions options)
     : searched_(searched), options_(options), table_(tableFor(options)) {}
@@ -43,6 +51,8 @@ NSRange TextSearch::find(std::u16string_view text, NSRange range) {
             return inText(*found);
     if (key_.empty())
         prepare();
+    if (key_.empty())  // marks alone, which do not count
+        return NSRangeNotFound;
     CharacterReader reader(text, *table_);
     if (has(NSAnchoredSearch))
         return findAnchored(reader, range);
@@ -64,11 +74,12 @@ NSRange TextSearch::findLiterally(std::u16string_view text, std::u16string_view 
 std::optional<NSRange> TextSearch::findInSimple(std::u16string_view text) const {
     if (!allBelow(searched_, firstCombining))
         return std::nullopt;
-    if (!has(NSCaseInsensitiveSearch))
+    const bool markless = has(NSDiacriticInsensitiveSearch);
+    if (!has(NSCaseInsensitiveSearch) && !markless)
         return findLiterally(text, searched_);
     if (searched_.size() > shortLength)
         return std::nullopt;
-    const KeyTable& folding = KeyTable::of(Sameness::LiteralCaseless);
+    const KeyTable& folding = markless ? *table_ : KeyTable::of(Sameness::LiteralCaseless);
     char16_t units[2 * shortLength];
     const auto foldOneToOne = [&folding](std::u16string_view from, char16_t* to) {
         return std::all_of(from.begin(), from.end(), [&](char16_t unit) {
@@ -226,6 +237,8 @@ void TextSearch::prepareFilter() {
     });
     if (!few)
         first_ = UnitSet();
+    else if (has(NSDiacriticInsensitiveSearch))
+        return;  // any mark may come next
     else if (!forEachBeginning(0, [this](char32_t c, const std::u32string& key) { return addSecond(c, key); }))
         second_ = UnitSet();
 }
@@ -257,7 +270,7 @@ NSComparisonResult compareKeys(std::u16string_view a, std::u16string_view b, con
     std::u32string_view keys[2];
     for (;;) {
         for (int i = 0; i < 2; ++i)
-            if (keys[i].empty() && positions[i] < texts[i].size())
+            while (keys[i].empty() && positions[i] < texts[i].size())
                 keys[i] = readers[i].next(positions[i]);
         if (keys[0].empty() || keys[1].empty())
             return keys[0].empty() ? keys[1].empty() ? NSOrderedSame : NSOrderedAscending : NSOrderedDescending;

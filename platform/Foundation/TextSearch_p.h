@@ -53,6 +53,9 @@ private:
     UnitSet first_, second_;
 };
 
+/// What makes texts the same for these options; nothing where code units are compared.
+std::optional<Sameness> samenessFor(NSStringCompareOptions options) noexcept;
+
 /// The order of two texts by their keys.
 NSComparisonResult compareKeys(std::u16string_view a, std::u16string_view b, const KeyTable& table);
 

@@ -18,6 +18,9 @@ id NSObject::valueForKeyPath(const NSString& path) {
     id value = this;
     std::u16string_view rest = path.view();
     while (value) {
+        // What an operator means is for the collection to say that it stands behind.
+        if (rest.starts_with(u'@') && value.get() != this)
+            return value->valueForKeyPath(NSString::stringWithCharacters(rest));
         const std::size_t dot = rest.find(u'.');
         value = value->valueForKey(NSString::stringWithCharacters(rest.substr(0, dot)));
         if (dot == rest.npos)

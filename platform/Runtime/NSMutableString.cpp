@@ -21,9 +21,7 @@ Ref<NSMutableString> NSMutableString::stringWithString(const NSString& other) {
         result->appendString(other);
         return result;
     }
-    source->retain();
-    result->own(other.view().data(), reinterpret_cast<std::uintptr_t>(source));
-    result->length_ = other.length();
+    result->shareUnits(*source);
     return result;
 }
 
@@ -42,6 +40,13 @@ void NSMutableString::own(const char16_t* units, std::uintptr_t store) noexcept 
         std::free(const_cast<char16_t*>(units_));
     units_ = units;
     store_ = store;
+}
+
+/// The units are those of an immutable string from now on, until the first change.
+void NSMutableString::shareUnits(const NSString& source) {
+    source.retain();
+    own(source.view().data(), reinterpret_cast<std::uintptr_t>(&source));
+    length_ = source.length();
 }
 
 void NSMutableString::reserve(NSUInteger capacity) {
@@ -95,7 +100,12 @@ void NSMutableString::replaceCharactersInRange_withCharacters(NSRange range, std
     splice(range, replacement);
 }
 
-void NSMutableString::setString(const NSString& other) { splice({0, length_}, other); }
+void NSMutableString::setString(const NSString& other) {
+    if (other.length() && &other.isa() == &NSString::classObject())
+        shareUnits(other);
+    else
+        splice({0, length_}, other);
+}
 
 NSUInteger NSMutableString::hash() const { return source() ? source()->hash() : hashOf(*this); }
 

@@ -40,7 +40,7 @@ Ref<NSString> NSString::fromUTF8(std::string_view bytes) { return StringBuilder(
 
 RefPtr<NSString> NSString::stringWithUTF8String(std::string_view bytes) {
     StringBuilder text;
-    bool illFormed = false;
+    std::size_t illFormed = 0;
     char16_t* const target = text.extend(bytes.size());
     text.truncate(static_cast<NSUInteger>(detail::convertUTF8(bytes, target, &illFormed) - target));
     return illFormed ? RefPtr<NSString>() : RefPtr<NSString>(text.string());

@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cstring>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -10,7 +11,9 @@
 
 namespace tovi {
 
+class NSData;
 class NSMutableString;
+enum NSStringEncoding : NSUInteger;
 class StringBuilder;
 
 namespace detail {
@@ -24,7 +27,8 @@ enum NSStringCompareOptions : NSUInteger {
     NSCaseInsensitiveSearch = 1,
     NSLiteralSearch = 2,    ///< code unit by code unit; otherwise canonically equivalent text is equal (UAX #15)
     NSBackwardsSearch = 4,  ///< the last match of the range
-    NSAnchoredSearch = 8    ///< only at the start of the range (with backwards: at its end)
+    NSAnchoredSearch = 8,   ///< only at the start of the range (with backwards: at its end)
+    NSDiacriticInsensitiveSearch = 128  ///< accents and other nonspacing marks do not count; never literally
 };
 constexpr NSStringCompareOptions operator|(NSStringCompareOptions a, NSStringCompareOptions b) noexcept {
     return static_cast<NSStringCompareOptions>(static_cast<NSUInteger>(a) | static_cast<NSUInteger>(b));
@@ -43,6 +47,13 @@ public:
     static Ref<NSString> fromUTF8(std::string_view bytes);
     /// Text from UTF-8, or nil when the bytes are not well-formed UTF-8.
     static RefPtr<NSString> stringWithUTF8String(std::string_view bytes);
+    /// Text from bytes in the encoding (NSStringEncoding.h), or nil when they are not valid in it or the encoding is
+    /// not known.
+    static RefPtr<NSString> initWithData_encoding(const NSData& data, NSStringEncoding encoding);
+    /// Text from bytes, whatever they are: each sequence that is not valid in the encoding becomes U+FFFD. An encoding
+    /// that is not known is read as ASCII. `replaced` is given the number of U+FFFD that were put in.
+    static Ref<NSString> fromBytes(std::span<const std::byte> bytes, NSStringEncoding encoding,
+                                   NSUInteger* replaced = nullptr);
     /// Formats as NSFormat.h says.
     template <class... A> static Ref<NSString> stringWithFormat(std::u16string_view format, const A&... arguments);
     static Ref<NSString> stringWithFormat_arguments(std::u16string_view format, FormatArguments arguments);
@@ -81,8 +92,26 @@ public:
 
     Ref<NSString> uppercaseString() const;  ///< full case mapping of Unicode, without locale
     Ref<NSString> lowercaseString() const;
+    Ref<NSString> capitalizedString() const;  ///< the first letter of each word in title case, the others in lower case
     /// Without the white space (Unicode White_Space) and line ends at both ends.
     Ref<NSString> stringByTrimmingWhitespace() const;
+
+    /// The text's bytes in the encoding, led by a byte-order mark where NSStringEncoding.h says so; nil when they would
+    /// not read as the same text, or the encoding is not known.
+    RefPtr<NSData> dataUsingEncoding(NSStringEncoding encoding) const;
+    /// The same; with loss allowed, nil for unknown encodings only: characters that the encoding lacks become the
+    /// nearest in ASCII where there is one (accents fall off, quotation marks and dashes become plain), otherwise a
+    /// question mark, or U+FFFD in an encoding of Unicode.
+    RefPtr<NSData> dataUsingEncoding_allowLossyConversion(NSStringEncoding encoding, bool lossy) const;
+    /// Whether `dataUsingEncoding` gives bytes; makes none.
+    bool canBeConvertedToEncoding(NSStringEncoding encoding) const;
+    /// The number of bytes in the encoding, without a byte-order mark; 0 when the text cannot be converted.
+    NSUInteger lengthOfBytesUsingEncoding(NSStringEncoding encoding) const;
+    /// The first of ASCII, Latin 1, UTF-8 and UTF-16 (10) that takes the text without loss in the fewest bytes, marks
+    /// included. UTF-16 takes every text.
+    NSStringEncoding smallestEncoding() const;
+    NSStringEncoding fastestEncoding() const;  ///< in which no character is converted: UTF-16 (10)
+    static std::span<const NSStringEncoding> availableStringEncodings() noexcept;
 
     std::string UTF8String() const;  ///< lone surrogates become U+FFFD
     int intValue() const;            ///< the leading decimal number after white space, clamped; 0 without one
@@ -152,6 +181,7 @@ private:
     const NSString* source() const noexcept { return store_ & 1 ? nullptr : reinterpret_cast<const NSString*>(store_); }
     NSUInteger capacity() const noexcept { return store_ & 1 ? store_ >> 1 : 0; }
     void own(const char16_t* units, std::uintptr_t store) noexcept;
+    void shareUnits(const NSString& source);
 
     /// The immutable string whose units these are, or null; or, with the lowest bit set, how many units fit into memory
     /// of our own.

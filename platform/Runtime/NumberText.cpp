@@ -56,32 +56,81 @@ bool isLarge(std::string_view number) {
     return static_cast<long>(point) - static_cast<long>(first) + exponent > 0;
 }
 
+int hexadecimalDigit(char16_t unit) noexcept {
+    if (isDigit(unit))
+        return unit - u'0';
+    const int letter = unit | 0x20;
+    return letter >= 'a' && letter <= 'f' ? letter - 'a' + 10 : -1;
+}
+
+/// Takes in the digits that `digitOf` knows, up to the limit.
+template <class DigitOf> NSUInteger scanDigits(std::u16string_view text, std::size_t& at, NSUInteger base,
+                                               NSUInteger limit, DigitOf digitOf) noexcept {
+    NSUInteger value = 0;
+    for (; at < text.size(); ++at) {
+        const int known = digitOf(text[at]);
+        if (known < 0)
+            break;
+        const auto digit = static_cast<NSUInteger>(known);
+        value = value > (limit - digit) / base ? limit : value * base + digit;
+    }
+    return value;
+}
+
 }  // namespace
 
-NSInteger leadingInteger(std::u16string_view text) noexcept {
-    text = withoutSpace(text);
-    const bool negative = takeSign(text);
+std::size_t scanInteger(std::u16string_view text, NSInteger& value) noexcept {
+    std::u16string_view digits = text;
+    const bool negative = takeSign(digits);
+    const std::size_t sign = text.size() - digits.size();
+    std::size_t length = 0;
     const NSUInteger limit = static_cast<NSUInteger>(std::numeric_limits<NSInteger>::max()) + negative;
-    NSUInteger value = 0;
-    for (std::size_t i = 0; i < text.size() && isDigit(text[i]); ++i) {
-        const NSUInteger digit = text[i] - NSUInteger(u'0');
-        value = value > (limit - digit) / 10 ? limit : value * 10 + digit;
-    }
-    return static_cast<NSInteger>(negative ? 0 - value : value);
+    const NSUInteger size =
+        scanDigits(digits, length, 10, limit, [](char16_t unit) { return isDigit(unit) ? unit - u'0' : -1; });
+    if (!length)
+        return 0;
+    value = static_cast<NSInteger>(negative ? 0 - size : size);
+    return sign + length;
+}
+
+std::size_t scanHexadecimal(std::u16string_view text, NSUInteger& value) noexcept {
+    const bool hasPrefix =
+        text.size() > 2 && text[0] == u'0' && (text[1] | 0x20) == u'x' && hexadecimalDigit(text[2]) >= 0;
+    const std::size_t start = hasPrefix ? 2 : 0;
+    std::size_t end = start;
+    const NSUInteger size = scanDigits(text, end, 16, std::numeric_limits<NSUInteger>::max(), hexadecimalDigit);
+    if (end == start)
+        return 0;
+    value = size;
+    return end;
+}
+
+std::size_t scanReal(std::u16string_view text, double& value) {
+    std::u16string_view unsignedText = text;
+    const bool negative = takeSign(unsignedText);
+    const std::string number = numeral(unsignedText);
+    if (number.starts_with('-'))
+        return 0;
+    double size = 0;
+    const auto [stop, error] = std::from_chars(number.data(), number.data() + number.size(), size);
+    if (error == std::errc::invalid_argument)
+        return 0;
+    if (error == std::errc::result_out_of_range)
+        size = isLarge({number.data(), stop}) ? HUGE_VAL : 0;
+    value = negative ? -size : size;
+    return text.size() - unsignedText.size() + static_cast<std::size_t>(stop - number.data());
+}
+
+NSInteger leadingInteger(std::u16string_view text) noexcept {
+    NSInteger value = 0;
+    scanInteger(withoutSpace(text), value);
+    return value;
 }
 
 double leadingReal(std::u16string_view text) {
-    text = withoutSpace(text);
-    const bool negative = takeSign(text);
-    const std::string number = numeral(text);
     double value = 0;
-    if (!number.starts_with('-')) {
-        const char* const end = number.data() + number.size();
-        const auto [stop, error] = std::from_chars(number.data(), end, value);
-        if (error == std::errc::result_out_of_range)
-            value = isLarge({number.data(), stop}) ? HUGE_VAL : 0;
-    }
-    return negative ? -value : value;
+    scanReal(withoutSpace(text), value);
+    return value;
 }
 
 }  // namespace detail

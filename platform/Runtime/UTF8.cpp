@@ -4,37 +4,20 @@
 #include <cstring>
 
 #include <ToviFoundationKit/Runtime/Unicode_p.h>
+#include <ToviFoundationKit/Runtime/Widening_p.h>
 
 namespace tovi::detail {
 
 namespace {
 
 using Byte = unsigned char;
-using Bytes __attribute__((vector_size(8))) = Byte;
-using Units __attribute__((vector_size(16))) = std::uint16_t;
-
-template <class Result, class From> Result load(const From* from) noexcept {
-    Result result;
-    std::memcpy(&result, from, sizeof result);
-    return result;
-}
-
-void widen8(const Byte* from, char16_t* to) noexcept {
-    const Units units = __builtin_convertvector(load<Bytes>(from), Units);
-    std::memcpy(to, &units, sizeof units);
-}
-void narrow8(const char16_t* from, char* to) noexcept {
-    const Bytes bytes = __builtin_convertvector(load<Units>(from), Bytes);
-    std::memcpy(to, &bytes, sizeof bytes);
-}
 
 /// Copies the ASCII characters in front, sixteen at a time.
 void widenASCII(const Byte*& from, const Byte* end, char16_t*& to) noexcept {
     for (; end - from >= 16; from += 16, to += 16) {
-        if ((load<std::uint64_t>(from) | load<std::uint64_t>(from + 8)) & 0x8080808080808080)
+        if ((wordAt(from) | wordAt(from + 8)) & 0x8080808080808080)
             break;
-        widen8(from, to);
-        widen8(from + 8, to + 8);
+        widenBlock(from, to);
     }
     while (from < end && *from < 0x80)
         *to++ = *from++;
@@ -42,12 +25,10 @@ void widenASCII(const Byte*& from, const Byte* end, char16_t*& to) noexcept {
 
 void narrowASCII(const char16_t*& from, const char16_t* end, char*& to) noexcept {
     for (; end - from >= 16; from += 16, to += 16) {
-        const std::uint64_t bits = load<std::uint64_t>(from) | load<std::uint64_t>(from + 4) |
-                                   load<std::uint64_t>(from + 8) | load<std::uint64_t>(from + 12);
+        const std::uint64_t bits = wordAt(from) | wordAt(from + 4) | wordAt(from + 8) | wordAt(from + 12);
         if (bits & 0xFF80FF80FF80FF80)
             break;
-        narrow8(from, to);
-        narrow8(from + 8, to + 8);
+        narrowBlock(from, to);
     }
     while (from < end && *from < 0x80)
         *to++ = static_cast<char>(*from++);
@@ -70,7 +51,7 @@ constexpr Sequence sequenceOf(Byte lead) noexcept {
 }
 
 /// Reads one sequence that begins with a byte beyond ASCII, or a maximal ill-formed subsequence (as U+FFFD).
-char32_t readSequence(const Byte*& from, const Byte* end, bool& illFormed) noexcept {
+char32_t readSequence(const Byte*& from, const Byte* end, std::size_t& illFormed) noexcept {
     const Byte lead = *from++;
     auto [following, lowest, highest] = sequenceOf(lead);
     char32_t codePoint = lead & (0x3FU >> following);
@@ -83,16 +64,16 @@ char32_t readSequence(const Byte*& from, const Byte* end, bool& illFormed) noexc
     }
     if (following)
         return codePoint;
-    illFormed = true;
+    ++illFormed;
     return replacementCharacter;
 }
 
 }  // namespace
 
-char16_t* convertUTF8(std::string_view bytes, char16_t* to, bool* illFormed) noexcept {
+char16_t* convertUTF8(std::string_view bytes, char16_t* to, std::size_t* illFormed) noexcept {
     const Byte* from = reinterpret_cast<const Byte*>(bytes.data());
     const Byte* const end = from + bytes.size();
-    bool bad = false;
+    std::size_t bad = 0;
     while (from < end) {
         if (*from < 0x80) {
             widenASCII(from, end, to);
@@ -109,6 +90,39 @@ char16_t* convertUTF8(std::string_view bytes, char16_t* to, bool* illFormed) noe
     if (illFormed)
         *illFormed = bad;
     return to;
+}
+
+std::size_t unfinishedUTF8(std::string_view bytes) noexcept {
+    for (std::size_t count = 1; count <= 3 && count <= bytes.size(); ++count) {
+        const Byte* from = reinterpret_cast<const Byte*>(bytes.data()) + bytes.size() - count;
+        if (*from < 0x80)
+            return 0;
+        const auto [following, lowest, highest] = sequenceOf(*from);
+        if (*from >= 0xC0) {
+            const bool fits = count == 1 || (from[1] >= lowest && from[1] <= highest);
+            return fits && static_cast<int>(count) <= following ? count : 0;
+        }
+    }
+    return 0;
+}
+
+std::size_t lengthInUTF8(std::u16string_view units) noexcept {
+    constexpr std::size_t mostBlocks = 0x4000;  // three a block fit into sixteen bits
+    const auto more = [](EightUnits block) {
+        return -((block >= 0x80) + (block >= 0x800) - ((block & 0xF800) == 0xD800));
+    };
+    std::size_t length = units.size(), i = 0;
+    while (units.size() - i >= 8) {
+        auto counts = more(loaded<EightUnits>(units.data() + i));
+        i += 8;
+        for (std::size_t left = mostBlocks; left && units.size() - i >= 8; --left, i += 8)
+            counts += more(loaded<EightUnits>(units.data() + i));
+        for (int lane = 0; lane < 8; ++lane)
+            length += static_cast<std::uint16_t>(counts[lane]);
+    }
+    for (; i < units.size(); ++i)
+        length += std::size_t(units[i] >= 0x80) + (units[i] >= 0x800) - isSurrogate(units[i]);
+    return length;
 }
 
 char* convertToUTF8(std::u16string_view units, char* to) noexcept {

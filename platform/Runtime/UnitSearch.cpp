@@ -6,6 +6,8 @@
 #include <cstring>
 #include <vector>
 
+#include <ToviFoundationKit/Runtime/Unicode_p.h>
+
 namespace tovi::detail {
 
 namespace {
@@ -65,13 +67,20 @@ template <std::size_t n, std::size_t m> std::size_t findInBulk(std::u16string_vi
                                                                std::size_t distance) noexcept {
     const Matcher<n> first(units);
     const Matcher<m> second(others);
+    const auto matches = [&](const char16_t* at) { return first.matches(at) & second.matches(at + distance); };
     const std::size_t reach = 16 + (m ? distance : 0);
-    for (; text.size() - from >= reach; from += 16) {
-        const char16_t* const at = text.data() + from;
-        const Units low = first.matches(at) & second.matches(at + distance);
-        const Units high = first.matches(at + 8) & second.matches(at + 8 + distance);
-        if (any(low | high)) [[unlikely]]
+    while (text.size() - from >= reach) {
+        const char16_t* at = text.data() + from;
+        const Units low = matches(at), high = matches(at + 8);
+        if (any(low | high))
             return from + (any(low) ? indexOfFirst(low) : 8 + indexOfFirst(high));
+        from += 16;
+        // What is not near may be far.
+        for (; text.size() - from >= reach + 16; from += 32) {
+            at = text.data() + from;
+            if (any((matches(at) | matches(at + 8)) | (matches(at + 16) | matches(at + 24))))
+                break;
+        }
     }
     const std::size_t last = m ? distance : 0;
     for (; from + last < text.size(); ++from)
@@ -166,6 +175,28 @@ bool allBelow(std::u16string_view text, char16_t limit) noexcept {
     return std::all_of(text.begin() + std::ptrdiff_t(i), text.end(), [limit](char16_t unit) { return unit < limit; });
 }
 
+std::size_t findLoneSurrogate(std::u16string_view text) noexcept {
+    const Units mask = repeated(0xF800), surrogate = repeated(0xD800);
+    for (std::size_t i = 0; i < text.size();) {
+        if (text.size() - i >= 8) {
+            Units units;
+            std::memcpy(&units, text.data() + i, sizeof units);
+            if (!any(reinterpret_cast<Units>((units & mask) == surrogate))) {
+                i += 8;
+                continue;
+            }
+        }
+        for (const std::size_t end = std::min(i + 8, text.size()); i < end; ++i) {
+            if (!isSurrogate(text[i]))
+                continue;
+            if (!isLead(text[i]) || i + 1 == text.size() || !isTrail(text[i + 1]))
+                return i;
+            ++i;
+        }
+    }
+    return text.size();
+}
+
 std::size_t findLiterally(std::u16string_view text, std::u16string_view searched) {
     const std::size_t count = searched.size();
     if (count > text.size())
@@ -188,6 +219,42 @@ std::size_t findLiterally(std::u16string_view text, std::u16string_view searched
             return found == npos ? npos : i + found;
         }
     }
+}
+
+std::size_t findAllLiterally(std::u16string_view text, std::size_t from, std::u16string_view searched,
+                             std::span<std::size_t> places) {
+    const std::size_t last = searched.size() - 1;
+    const Matcher<1> firstUnit{UnitSet(searched.front())}, lastUnit{UnitSet(searched.back())};
+    std::size_t found = 0, next = from, at = from, spent = 0;
+    for (; text.size() >= at + 8 + last && spent <= 4 * (at - from) + slack; at += 8) {
+        const auto candidates =
+            reinterpret_cast<Words>(firstUnit.matches(text.data() + at) & lastUnit.matches(text.data() + at + last));
+        for (std::size_t half = 0; half < 2; ++half) {
+            for (std::uint64_t word = candidates[half]; word;) {
+                const std::size_t unit = unitsBefore(word), place = at + 4 * half + unit;
+                word &= ~(std::uint64_t(0xFFFF) << 16 * (std::endian::native == std::endian::little ? unit : 3 - unit));
+                if (place < next)
+                    continue;
+                const std::size_t equal = equalLength(text.data() + place, searched.data(), searched.size());
+                if (equal < searched.size()) {
+                    spent += equal;
+                    continue;
+                }
+                places[found++] = place;
+                next = place + searched.size();
+                if (found == places.size())
+                    return found;
+            }
+        }
+    }
+    for (next = std::max(next, at); found < places.size() && next <= text.size(); next += searched.size()) {
+        const std::size_t place = findLiterally(text.substr(next), searched);
+        if (place == npos)
+            break;
+        next += place;
+        places[found++] = next;
+    }
+    return found;
 }
 
 std::size_t findLastLiterally(std::u16string_view text, std::u16string_view searched) {

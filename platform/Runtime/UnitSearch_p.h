@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <span>
 #include <string_view>
 
 namespace tovi::detail {
@@ -43,9 +44,15 @@ std::size_t findUnits(std::u16string_view text, std::size_t from, const UnitSet&
 /// True when every unit of the text is less than the limit.
 bool allBelow(std::u16string_view text, char16_t limit) noexcept;
 
+/// The index of the first surrogate that has no partner; the text's length when there is none.
+std::size_t findLoneSurrogate(std::u16string_view text) noexcept;
+
 /// The first or last place of the text, unit for unit, in linear time; npos when there is none. `searched` is not
 /// empty.
 std::size_t findLiterally(std::u16string_view text, std::u16string_view searched);
 std::size_t findLastLiterally(std::u16string_view text, std::u16string_view searched);
+/// The places from there on, one behind the other, as many as there is room for; answers how many.
+std::size_t findAllLiterally(std::u16string_view text, std::size_t from, std::u16string_view searched,
+                             std::span<std::size_t> places);
 
 }  // namespace tovi::detail
