@@ -22,8 +22,12 @@
 #include <ToviFoundationKit/Foundation/Clock.h>
 #include <ToviFoundationKit/Foundation/NSArchiver.h>
 #include <ToviFoundationKit/Foundation/NSBundle.h>
+#include <ToviFoundationKit/Foundation/NSCalendar.h>
+#include <ToviFoundationKit/Foundation/NSComparisonPredicate.h>
+#include <ToviFoundationKit/Foundation/NSCompoundPredicate.h>
 #include <ToviFoundationKit/Foundation/NSData.h>
 #include <ToviFoundationKit/Foundation/NSDate.h>
+#include <ToviFoundationKit/Foundation/NSDateFormatter.h>
 #include <ToviFoundationKit/Foundation/NSEnumerator.h>
 #include <ToviFoundationKit/Foundation/NSKeyedArchiver.h>
 #include <ToviFoundationKit/Foundation/NSKeyedUnarchiver.h>
@@ -33,19 +37,36 @@
 #include <ToviFoundationKit/Foundation/NSMutableIndexSet.h>
 #include <ToviFoundationKit/Foundation/NSMutableSet.h>
 #include <ToviFoundationKit/Foundation/NSNull.h>
+#include <ToviFoundationKit/Foundation/NSScanner.h>
+#include <ToviFoundationKit/Foundation/NSStringEncoding.h>
 #include <ToviFoundationKit/Foundation/NSThread.h>
 #include <ToviFoundationKit/Foundation/NSUnarchiver.h>
 #include <ToviFoundationKit/Foundation/PreferredLanguages.h>
 
+#include <ToviFoundationKit/CoreFoundation/CFStringEncoding.h>
+#include <ToviFoundationKit/CoreFoundation/CFUUID.h>
+
 #include <ToviFoundationKit/AppKit/NSAppKitVersion.h>
 
 #include <ToviFoundationKit/Extensions/NSArray-QVLAdditions.h>
+#include <ToviFoundationKit/Extensions/NSData-QVLAdditions.h>
+#include <ToviFoundationKit/Extensions/NSDate-QVLAdditions.h>
+#include <ToviFoundationKit/Extensions/NSDateFormatter-Extensions.h>
 #include <ToviFoundationKit/Extensions/NSDictionary-QVLAdditions.h>
 #include <ToviFoundationKit/Extensions/NSMutableArray-QVLAdditions.h>
 #include <ToviFoundationKit/Extensions/NSMutableDictionary-ThreadSafety.h>
+#include <ToviFoundationKit/Extensions/NSMutableString-QVLAdditions.h>
 #include <ToviFoundationKit/Extensions/NSObject-Singleton.h>
 #include <ToviFoundationKit/Extensions/NSSet-QVLAdditions.h>
+#include <ToviFoundationKit/Extensions/NSString-HexStringRepresentations.h>
+#include <ToviFoundationKit/Extensions/NSString-MIMEEncoding.h>
+#include <ToviFoundationKit/Extensions/NSString-QuotedPrintable.h>
+#include <ToviFoundationKit/Extensions/NSString-QVLAdditions.h>
+#include <ToviFoundationKit/Extensions/NSString-Replacement.h>
+#include <ToviFoundationKit/Extensions/NSString-Unique.h>
+#include <ToviFoundationKit/Extensions/NSString-XMLEntities.h>
 #include <ToviFoundationKit/Extensions/NSThread-QVLAdditions.h>
+#include <ToviFoundationKit/Extensions/QVLRelativeDateFormatter.h>
 
 #include <ToviFoundationKit/nodes/QVLHashNode.h>
 #include <ToviFoundationKit/nodes/QVLNode.h>

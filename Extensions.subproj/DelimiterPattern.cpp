@@ -1,0 +1,35 @@
+#include <ToviFoundationKit/Extensions/DelimiterPattern_p.h>
+
+namespace tovi::detail {
+
+std::optional<Delimiters> delimitersOf(std::u16string_view pattern) noexcept {
+    const std::size_t star = pattern.find(u'*');
+    if (star == std::u16string_view::npos)
+        return std::nullopt;
+    const std::u16string_view rest = pattern.substr(star + 1);
+    return Delimiters{pattern.substr(0, star), rest.substr(0, rest.find(u'*'))};
+}
+
+std::size_t findDelimiter(std::u16string_view text, std::size_t from, std::u16string_view delimiter) {
+    constexpr auto npos = std::u16string_view::npos;
+    if (delimiter.empty())
+        return npos;
+    const std::size_t found = findLiterally(text.substr(from), delimiter);
+    return found == npos ? npos : from + found;
+}
+
+bool FoundPieces::mayEndWithOne(std::u16string_view piece, std::u16string_view opening) {
+    if (pieces_.empty())
+        return false;
+    std::size_t at = 0;
+    while ((at = findDelimiter(piece, at, opening)) != std::u16string_view::npos) {
+        const std::u16string_view end = piece.substr(at + opening.size());
+        if (end.size() >= left_ || contains(end))
+            return true;
+        left_ -= end.size();
+        ++at;
+    }
+    return false;
+}
+
+}  // namespace tovi::detail

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <optional>
+#include <string_view>
+#include <unordered_set>
+
+#include <ToviFoundationKit/Runtime/NSTypes.h>
+#include <ToviFoundationKit/Runtime/UnitSearch_p.h>
+
+namespace tovi::detail {
+
+/// A delimiter pattern, "opening*closing".
+struct Delimiters {
+    std::u16string_view opening, closing;
+
+    std::size_t length() const noexcept { return opening.size() + closing.size(); }
+};
+
+/// The delimiters of a pattern, or none when it has no "*".
+std::optional<Delimiters> delimitersOf(std::u16string_view pattern) noexcept;
+
+/// Where a delimiter stands from there on; npos when it does not, or is empty.
+std::size_t findDelimiter(std::u16string_view text, std::size_t from, std::u16string_view delimiter);
+
+/// From there to where a delimiter was found; when it was not, a range that no text has.
+constexpr NSRange rangeUpTo(std::size_t start, std::size_t found) noexcept {
+    return {start, (found == std::u16string_view::npos ? NSNotFound : found) - start};
+}
+
+/// The texts that were found between delimiters so far.
+class FoundPieces {
+public:
+    /// `limit` is how many units may be looked at for all the calls of mayEndWithOne.
+    explicit FoundPieces(std::size_t limit) noexcept : left_(limit) {}
+
+    bool contains(std::u16string_view piece) const { return pieces_.contains(piece); }
+    void add(std::u16string_view piece) { pieces_.insert(piece); }
+    /// Whether one of the pieces is the end of this one, right behind an opening delimiter in it; true also when
+    /// finding that out takes too long.
+    bool mayEndWithOne(std::u16string_view piece, std::u16string_view opening);
+
+private:
+    std::unordered_set<std::u16string_view> pieces_;
+    std::size_t left_;
+};
+
+}  // namespace tovi::detail
