@@ -2,7 +2,7 @@
 
 #include <mail/MailAddress.h>
 #include <mail/MailDate.h>
-#include <mail/PlainText.h>
+#include <mail/MimeField.h>
 
 using namespace digest;
 
@@ -68,7 +68,7 @@ TEST(MailAddress, findsTheFirstPerson) {
              Row{"\"Ada", {"Ada", ""}},
              Row{"undisclosed-recipients:;", {"undisclosed-recipients:", ""}},
              Row{"", {"", ""}},
-             Row{"=?utf-8?q?J=C3=B3zef?= <j@example.org>", {"=?utf-8?q?J=C3=B3zef?=", "j@example.org"}},
+             Row{"=?utf-8?q?J=C3=B3zef,_(?= <j@example.org>", {"=?utf-8?q?J=C3=B3zef,_(?=", "j@example.org"}},
          }) {
         EXPECT_EQ(parseMailAddress(row.field), row.expected) << row.field;
     }
@@ -81,15 +81,23 @@ TEST(MailAddress, findsMessageIDs) {
     EXPECT_EQ(parseMessageIDs("<> none <a@x"), IDs{"a@x"});
 }
 
-TEST(PlainText, givesTheFirstParagraphOfAPlainBody) {
-    RawMessage message;
-    message.body = "\nOn Monday Ada wrote:\n> hello\n\nHi  Ada,\nwell.\n\nBye\n";
-    EXPECT_EQ(openingOf(message), "Hi Ada, well.");
-    message.addField("Content-Type", " text/plain; charset=KOI8-R");
-    EXPECT_EQ(openingOf(message), "");
-    message.reset(1, 0);
-    message.body = std::string(239, 'x') + "\xC3\xA9\n";
-    EXPECT_EQ(openingOf(message), std::string(239, 'x'));
-    message.addField("Content-Transfer-Encoding", " base64");
-    EXPECT_EQ(openingOf(message), "");
+TEST(MimeField, readsValueAndParameters) {
+    const MimeField field(
+        " (c) Text/Plain (d) ; Charset = \"utf\\-8\" ; name=a b.txt;; x ;=y; format=flowed (e); Charset=no");
+    EXPECT_EQ(field.value(), "text/plain");
+    EXPECT_EQ(field.parameter("charset"), "utf-8");
+    EXPECT_EQ(field.parameter("name"), "a b.txt");
+    EXPECT_EQ(field.parameter("format"), "flowed");
+    EXPECT_EQ(field.parameter("x"), "");
+    EXPECT_EQ(MimeField("").value(), "");
+    EXPECT_EQ(MimeField("multipart/mixed; boundary=\"a;b").parameter("boundary"), "a;b");
+}
+
+TEST(MimeField, putsValuesInPiecesTogether) {
+    const MimeField field("attachment; filename*1*=%E4b; filename*0*=iso-8859-1'de'B%41;\n filename*2=\"%20 c\"; "
+                          "name*=utf-8''%C3%A9%; other*0=a; other*1=b");
+    EXPECT_EQ(field.parameter("filename"), "BA\xE4"
+                                           "b%20 c");
+    EXPECT_EQ(field.parameter("name"), "\xC3\xA9%");
+    EXPECT_EQ(field.parameter("other"), "ab");
 }

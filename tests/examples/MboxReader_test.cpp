@@ -102,6 +102,10 @@ TEST(MboxReader, keepsMessagesWithBrokenHeaders) {
     EXPECT_EQ(unended.messages.at(0).body, "Dear all,\nwhat a day.\n\nBye\n");
     EXPECT_EQ(unended.messages.at(0).bodyOffset, separator.size() + 11);
 
+    const Reading noHeader(withSeparator("Dear all,\n  hello\n\nBye\n"));
+    EXPECT_EQ(noHeader.messages.at(0).body, "Dear all,\n  hello\n\nBye\n");
+    EXPECT_EQ(Reading(withSeparator("Subject: s\nall in one")).messages.at(0).body, "all in one\n");
+
     const Reading indented(withSeparator("  indented\n>From old@example.org\n: no name\nbad name: x\n\nbody\n"));
     EXPECT_EQ(indented.messages.at(0).fieldCount(), 0u);
 
