@@ -1,5 +1,7 @@
 #include <Mailbox.h>
 
+#include <mail/Charset.h>
+#include <mail/EncodedWord.h>
 #include <mail/HeaderText.h>
 #include <mail/MailAddress.h>
 #include <SortedList.h>
@@ -17,7 +19,8 @@ public:
         RawMessage raw;
         for (NSUInteger number = 1; mbox_.next(raw); ++number) {
             noteRepetition(raw, number);
-            messages.add(Message::fromRaw(raw, personOf(raw), number));
+            const auto sender = personOf(raw);
+            messages.add(Message::fromRaw(raw, sender, number));
             progress(mbox_.position());
         }
     }
@@ -29,16 +32,23 @@ public:
 
 private:
     // The person that the From field names: the object that stands for this person already, if there is one.
-    Ref<Person> personOf(const RawMessage& raw) {
+    Ref<Person> personOf(RawMessage& raw) {
         const MailAddress sender = parseMailAddress(raw.field("From").value_or(""));
-        const auto name = NSString::fromUTF8(sender.name);
-        const auto person = Person::withName_address(name, NSString::fromUTF8(sender.address));
+        const auto name = decodedName(sender, raw);
+        const auto person = Person::withName_address(name, guessedText(sender.address));
         if (const auto known = people->member(person)) {
             to<Person>(known)->learnName(name);
             return to<Person>(known);
         }
         people->addObject(person);
         return person;
+    }
+
+    static Ref<NSString> decodedName(const MailAddress& sender, RawMessage& raw) {
+        const HeaderText name = decodedHeader(sender.name);
+        if (!name.problem.empty())
+            raw.notes.push_back({raw.line, raw.offset, "sender: " + name.problem});
+        return name.text->stringByTrimmingWhitespace();
     }
 
     void noteRepetition(RawMessage& raw, NSUInteger number) {

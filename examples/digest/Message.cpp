@@ -3,10 +3,11 @@
 #include <algorithm>
 #include <array>
 
+#include <mail/EncodedWord.h>
 #include <mail/HeaderText.h>
 #include <mail/MailAddress.h>
 #include <mail/MailDate.h>
-#include <mail/PlainText.h>
+#include <mail/MessageText.h>
 
 using namespace tovi;
 
@@ -51,13 +52,25 @@ RefPtr<NSDate> dateOf(const RawMessage& raw, NSMutableArray& notes) {
     return NSDate::dateWithTimeIntervalSince1970(static_cast<NSTimeInterval>(date->secondsSince1970));
 }
 
-Ref<NSString> subjectOf(const RawMessage& raw) {
-    return NSString::fromUTF8(raw.field("Subject").value_or(""))->stringByTrimmingWhitespace();
+Ref<NSString> subjectOf(const RawMessage& raw, NSMutableArray& notes) {
+    const HeaderText subject = decodedHeader(raw.field("Subject").value_or(""));
+    if (!subject.problem.empty())
+        notes.addObject(noteText({raw.line, raw.offset, "subject: " + subject.problem}));
+    return subject.text->stringByTrimmingWhitespace();
+}
+
+// A large message is not all there, which may be what looks damaged.
+Ref<NSString> readOpening(const RawMessage& raw, NSMutableArray& notes) {
+    const MessageText body = textOf(raw);
+    for (const std::string& problem : body.problems)
+        if (!raw.bodyIsCut)
+            notes.addObject(noteText({raw.line, raw.offset, "body: " + problem}));
+    return openingOf(body.text);
 }
 
 bool isReplyMark(std::u16string_view word) {
-    static constexpr std::array<std::u16string_view, 9> marks{u"re",   u"fwd", u"fw", u"aw", u"wg",
-                                                              u"antw", u"sv",  u"vs", u"odp"};
+    static constexpr std::array<std::u16string_view, 12> marks{u"re", u"fwd", u"fw",  u"aw",   u"wg",   u"antw",
+                                                               u"sv", u"vs",  u"odp", u"回复", u"答复", u"转发"};
     const auto lowered = [](char16_t c) { return c >= u'A' && c <= u'Z' ? static_cast<char16_t>(c + 32) : c; };
     return std::ranges::any_of(marks,
                                [&](std::u16string_view mark) { return std::ranges::equal(word, mark, {}, lowered); });
@@ -67,8 +80,8 @@ bool isReplyMark(std::u16string_view word) {
 std::size_t markLength(std::u16string_view text) {
     if (text.starts_with(u'['))
         return text.substr(0, 40).find(u']') + 1;  // npos + 1 is 0
-    const std::size_t colon = text.substr(0, 8).find(u':');
-    return colon != text.npos && isReplyMark(text.substr(0, text.find_first_of(u":[( "))) ? colon + 1 : 0;
+    const std::size_t colon = text.substr(0, 8).find_first_of(u":：");
+    return colon != text.npos && isReplyMark(text.substr(0, text.find_first_of(u":：[( "))) ? colon + 1 : 0;
 }
 
 Ref<NSString> topicOf(const NSString& subject) {
@@ -96,13 +109,13 @@ Ref<NSArray> referencesOf(const RawMessage& raw) {
 Message::Message(const RawMessage& raw, Person& sender, NSUInteger number)
     : number_(number),
       sender_(sender),
-      subject_(subjectOf(raw)),
-      topic_(topicOf(subject_)),
       notes_(noteTexts(raw)),
+      subject_(subjectOf(raw, notes_)),
+      topic_(topicOf(subject_)),
       date_(dateOf(raw, notes_)),
       messageID_(messageIDOf(raw)),
       references_(referencesOf(raw)),
-      opening_(NSString::fromUTF8(openingOf(raw))) {}
+      opening_(readOpening(raw, notes_)) {}
 
 Ref<Message> Message::fromRaw(const RawMessage& raw, Person& sender, NSUInteger number) {
     return adopt(*new Message(raw, sender, number));

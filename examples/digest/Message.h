@@ -5,8 +5,8 @@
 
 namespace digest {
 
-/// One message of a mailbox, with what the report tells of it. Header texts are as they were written; bytes that are
-/// not UTF-8 are replaced. Immutable.
+/// One message of a mailbox, with what the report tells of it. What cannot be decoded is there as far as it can, and
+/// noted. Immutable.
 class Message final : public tovi::NSObject {
     TOVI_CLASS(Message, NSObject)
 
@@ -23,7 +23,7 @@ public:
     tovi::RefPtr<tovi::NSString> messageID() const { return messageID_; }
     /// The ids of the messages before it in its conversation, the one that it answers last. An id may come twice.
     tovi::Ref<tovi::NSArray> references() const { return references_; }
-    /// Its first paragraph, quotations left out, where it is plain text that needs no decoding; else empty.
+    /// The first paragraph of its text, quotations left out.
     tovi::Ref<tovi::NSString> opening() const { return opening_; }
     /// What is unusual about it: texts, "line 12: ...".
     tovi::Ref<tovi::NSArray> notes() const { return notes_; }
@@ -38,9 +38,9 @@ private:
 
     tovi::NSUInteger number_;
     tovi::Ref<Person> sender_;
+    tovi::Ref<tovi::NSMutableArray> notes_;
     tovi::Ref<tovi::NSString> subject_;
     tovi::Ref<tovi::NSString> topic_;
-    tovi::Ref<tovi::NSMutableArray> notes_;
     tovi::RefPtr<tovi::NSDate> date_;
     tovi::RefPtr<tovi::NSString> messageID_;
     tovi::Ref<tovi::NSArray> references_;

@@ -33,8 +33,10 @@ void Page::row(std::initializer_list<Cell> cells) {
     for (const Cell& cell : cells) {
         left = std::max(left - margin, 0);
         const int columns = std::min(cell.columns > 0 ? cell.columns : std::max(spare, 0), left);
+        const std::u16string text = elided(std::u16string(cell.lead) + printable(cell.text), columns);
+        const std::size_t lead = std::min(cell.lead.size(), text.size());
         line += spaces(columns > 0 ? margin : 0) +
-                fitted(std::u16string(cell.lead) + printable(cell.text), columns, cell.align);
+                fitted(text.substr(0, lead) + isolated(text.substr(lead)), columns, cell.align);
         left -= columns;
     }
     line.erase(line.find_last_not_of(u' ') + 1);
@@ -43,7 +45,7 @@ void Page::row(std::initializer_list<Cell> cells) {
 }
 
 void Page::aside(std::u16string_view text, int indentation) {
-    print(spaces(indentation) + elided(printable(text), columns_ - indentation), Style::dim);
+    print(spaces(indentation) + isolated(elided(printable(text), columns_ - indentation)), Style::dim);
     out_ << '\n';
 }
 

@@ -5,7 +5,9 @@ using namespace tovi;
 namespace digest {
 
 Person::Person(const NSString& name, const NSString& address)
-    : name_(share(name)), address_(share(address)), key_((address.length() > 0 ? address : name).lowercaseString()) {}
+    : name_(share(name)),
+      address_(stringByDeletingPersonalInEmailAddress(address)),
+      key_((address_->length() > 0 ? *address_ : name).lowercaseString()) {}
 
 Ref<Person> Person::withName_address(const NSString& name, const NSString& address) {
     return adopt(*new Person(name, address));

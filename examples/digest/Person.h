@@ -10,6 +10,7 @@ class Person final : public tovi::NSObject {
     TOVI_CLASS(Person, NSObject)
 
 public:
+    /// The address may be a whole mailbox, "Ada <ada@example.org>".
     static tovi::Ref<Person> withName_address(const tovi::NSString& name, const tovi::NSString& address);
 
     /// The name, else the address, else "(nobody)".

@@ -32,6 +32,18 @@ std::string collapsedText(std::string_view text) {
     return result;
 }
 
+std::string takeQuoted(std::string_view& text) {
+    std::string inside;
+    std::size_t i = 1;
+    for (; i < text.size() && text[i] != '"'; ++i) {
+        if (text[i] == '\\' && i + 1 < text.size())
+            ++i;
+        inside += text[i];
+    }
+    text.remove_prefix(std::min(i + 1, text.size()));
+    return inside;
+}
+
 std::string takeComment(std::string_view& text) {
     std::string inside;
     std::size_t depth = 0, i = 0;

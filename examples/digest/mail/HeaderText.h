@@ -19,6 +19,10 @@ std::string loweredText(std::string_view text);
 /// Without white space at both ends, and with one space for each run of it inside.
 std::string collapsedText(std::string_view text);
 
+/// Takes a quoted string off the front of the text and answers it without its quotes and backslashes. One that is not
+/// closed ends with the text.
+std::string takeQuoted(std::string_view& text);
+
 /// Takes a comment, "(like (this) one)", off the front of the text and answers what is between its outer brackets,
 /// backslashes removed. One that is not closed ends with the text.
 std::string takeComment(std::string_view& text);

@@ -2,24 +2,12 @@
 
 #include <algorithm>
 
+#include <mail/EncodedWord.h>
 #include <mail/HeaderText.h>
 
 namespace digest {
 
 namespace {
-
-// A quoted string without its quotes.
-std::string takeQuoted(std::string_view& text) {
-    std::string inside;
-    std::size_t i = 1;
-    for (; i < text.size() && text[i] != '"'; ++i) {
-        if (text[i] == '\\' && i + 1 < text.size())
-            ++i;
-        inside += text[i];
-    }
-    text.remove_prefix(std::min(i + 1, text.size()));
-    return inside;
-}
 
 // What is between "<" and ">", a route ("@relay:") left out.
 std::string takeBracketed(std::string_view& text) {
@@ -45,7 +33,10 @@ MailAddress fromBareWords(std::string words, std::string comment) {
 MailAddress parseMailAddress(std::string_view field) {
     std::string words, comment;
     while (!field.empty() && field.front() != ',' && field.front() != ';') {
-        if (field.front() == '"') {
+        if (const std::size_t length = encodedWordLength(field)) {
+            words += field.substr(0, length);
+            field.remove_prefix(length);
+        } else if (field.front() == '"') {
             words += takeQuoted(field);
         } else if (field.front() == '(') {
             comment = collapsedText(takeComment(field));

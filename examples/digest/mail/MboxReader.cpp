@@ -69,14 +69,15 @@ std::string excerpt(std::string_view text) {
 
 /// A line of a header that is no field: the lines after it tell whether it belongs to the body.
 struct MboxReader::StrayLine {
-    std::string text;
+    std::string text;  // with its continuation lines
     std::uint64_t number = 0;
     std::uint64_t offset = 0;
 
     explicit operator bool() const noexcept { return number != 0; }
     void dropInto(RawMessage& message) {
         if (number != 0)
-            message.notes.push_back({number, offset, "not a header field: " + excerpt(text)});
+            message.notes.push_back(
+                {number, offset, "not a header field: " + excerpt(text.substr(0, text.find('\n')))});
         number = 0;
     }
 };
@@ -157,14 +158,12 @@ void MboxReader::readHeader(RawMessage& message) {
                 break;
             case HeaderLine::end:
             case HeaderLine::nextMessage:
-                stray.dropInto(message);
-                [[fallthrough]];
             case HeaderLine::body:
                 return endHeader(message, kind, stray);
         }
     }
-    stray.dropInto(message);
     message.bodyOffset = line().offset;
+    beginBody(message, stray);
     if (!std::exchange(isCutOff_, true)) {
         message.notes.push_back({line().number, line().offset, "the file ends in the middle of a header"});
         problems_.push_back(message.notes.back());
@@ -196,21 +195,33 @@ void MboxReader::readField(RawMessage& message) {
         message.notes.push_back({line().number, line().offset, "the header field is too long and was cut"});
 }
 
-void MboxReader::continueField(RawMessage& message, const StrayLine& stray) {
-    if (!stray && fitsIntoHeader(message))
+void MboxReader::continueField(RawMessage& message, StrayLine& stray) {
+    if (!fitsIntoHeader(message))
+        return;
+    if (stray)
+        stray.text.append("\n").append(line().text);
+    else
         message.extendField(line().text);
 }
 
 void MboxReader::endHeader(RawMessage& message, HeaderLine kind, const StrayLine& stray) {
-    if (kind == HeaderLine::end) {
-        consume(message);
-    } else if (kind == HeaderLine::nextMessage) {
+    if (kind == HeaderLine::nextMessage)
         message.notes.push_back({line().number, line().offset, "the header ends with the next message"});
-    } else {
-        message.notes.push_back({stray.number, stray.offset, "the header ends without an empty line"});
-        addBodyLine(message, stray.text);
-    }
-    message.bodyOffset = kind == HeaderLine::body ? stray.offset : line().offset;
+    if (kind == HeaderLine::end)
+        consume(message);
+    message.bodyOffset = line().offset;
+    beginBody(message, stray);
+    if (stray && kind == HeaderLine::end)
+        addBodyLine(message, {});
+}
+
+// A line that was no field, and after which none came, belongs to the text.
+void MboxReader::beginBody(RawMessage& message, const StrayLine& stray) const {
+    if (!stray)
+        return;
+    message.notes.push_back({stray.number, stray.offset, "the header ends without an empty line"});
+    message.bodyOffset = stray.offset;
+    addBodyLine(message, stray.text);
 }
 
 bool MboxReader::fitsIntoHeader(RawMessage& message) {
@@ -234,10 +245,14 @@ void MboxReader::readBody(RawMessage& message) {
 
 void MboxReader::addBodyLine(RawMessage& message, std::string_view text) const {
     ++message.bodyLines;
-    if (message.body.size() < limits_.body) {
-        message.body += text.substr(0, limits_.body - message.body.size());
-        message.body += '\n';
+    if (message.body.size() >= limits_.body) {
+        message.bodyIsCut = true;
+        return;
     }
+    const std::size_t room = limits_.body - message.body.size();
+    message.bodyIsCut = message.bodyIsCut || text.size() > room;
+    message.body += text.substr(0, room);
+    message.body += '\n';
 }
 
 }  // namespace digest

@@ -15,7 +15,7 @@ enum class MboxQuoting {
 struct MboxLimits {
     std::size_t line = LineReader::defaultLimit;  ///< longer lines are cut
     std::size_t header = 1024 * 1024;             ///< of one message; further fields are left out
-    std::size_t body = 16 * 1024;                 ///< of one message
+    std::size_t body = 1024 * 1024;               ///< of one message
     std::size_t preamble = 64 * 1024;             ///< before the first message; where there is more, it is no mailbox
 };
 
@@ -51,8 +51,9 @@ private:
     void readHeader(RawMessage& message);
     HeaderLine kindOfHeaderLine(const RawMessage& message, const StrayLine& stray) const;
     void readField(RawMessage& message);
-    void continueField(RawMessage& message, const StrayLine& stray);
+    void continueField(RawMessage& message, StrayLine& stray);
     void endHeader(RawMessage& message, HeaderLine kind, const StrayLine& stray);
+    void beginBody(RawMessage& message, const StrayLine& stray) const;
     bool fitsIntoHeader(RawMessage& message);
     void readBody(RawMessage& message);
     void addBodyLine(RawMessage& message, std::string_view text) const;

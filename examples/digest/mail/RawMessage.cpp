@@ -20,6 +20,7 @@ void RawMessage::reset(std::uint64_t atLine, std::uint64_t atOffset) {
     fields_.clear();
     line = atLine;
     offset = atOffset;
+    bodyIsCut = false;
     bodyOffset = bodyLines = bytes = 0;
 }
 

@@ -22,6 +22,7 @@ public:
     std::uint64_t line = 0;        ///< of the separating line
     std::uint64_t offset = 0;      ///< of the separating line, in bytes
     std::string body;              ///< the beginning, as far as the reader's limit goes
+    bool bodyIsCut = false;        ///< there is more of it
     std::uint64_t bodyOffset = 0;  ///< where the body begins in the file
     std::uint64_t bodyLines = 0;   ///< the empty line before the next message not counted
     std::uint64_t bytes = 0;       ///< of all its lines in the file

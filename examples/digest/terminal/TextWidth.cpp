@@ -9,6 +9,7 @@ namespace digest {
 namespace {
 
 constexpr char32_t replacement = 0xFFFD;
+constexpr char16_t firstStrongIsolate = 0x2068, popIsolate = 0x2069;
 
 /// Takes the C library's character table while it lives, whatever the user's locale.
 class UnicodeTable {
@@ -21,6 +22,8 @@ public:
     int columnsOf(char32_t character) const {
         if (character < 0x7F)
             return 1;
+        if (character == firstStrongIsolate || character == popIsolate)
+            return 0;
         const int columns = ::wcwidth(static_cast<wchar_t>(character));
         return columns < 0 ? 1 : columns;
     }
@@ -67,6 +70,12 @@ bool turnsDirection(char32_t c) {
     return (c >= 0x202A && c <= 0x202E) || (c >= 0x2066 && c <= 0x2069) || c == 0x200E || c == 0x200F || c == 0x61C;
 }
 
+// The blocks of the scripts that are written from right to left.
+bool isRightToLeft(char32_t c) {
+    return (c >= 0x590 && c <= 0x8FF) || (c >= 0xFB1D && c <= 0xFDFF) || (c >= 0xFE70 && c <= 0xFEFC) ||
+           (c >= 0x10800 && c <= 0x10FFF) || (c >= 0x1E800 && c <= 0x1EFFF);
+}
+
 }  // namespace
 
 int columnsOf(std::u16string_view text) {
@@ -92,6 +101,13 @@ std::u16string printable(std::u16string_view text) {
     if (result.ends_with(u' '))
         result.pop_back();
     return result;
+}
+
+std::u16string isolated(std::u16string_view text) {
+    for (std::u16string_view rest = text; !rest.empty();)
+        if (isRightToLeft(takeCharacter(rest)))
+            return firstStrongIsolate + std::u16string(text) + popIsolate;
+    return std::u16string(text);
 }
 
 std::u16string elided(std::u16string_view text, int columns) {

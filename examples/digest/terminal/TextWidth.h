@@ -15,6 +15,10 @@ int columnsOf(std::u16string_view text);
 /// control characters and lone surrogates become U+FFFD, and what turns the direction of writing goes away.
 std::u16string printable(std::u16string_view text);
 
+/// The text so that no direction of writing in it, as that of Arabic, moves what stands beside it: between U+2068 and
+/// U+2069 where there is such writing. Both take no column.
+std::u16string isolated(std::u16string_view text);
+
 /// The text itself when it fits, else its beginning with "…" behind it.
 std::u16string elided(std::u16string_view text, int columns);
 
