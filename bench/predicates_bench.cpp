@@ -44,13 +44,13 @@ constexpr long count = 1'000'000;
 
 /// Every third sender has the text looked for, and every second date is late enough.
 const NSArray& letters() {
-    static const NSArray& list = [] {
+    static const Ref<NSMutableArray> list = [] {
         const std::u16string_view names[] = {u"Ada Byron <ada@example.org>", u"Max Born <born@example.org>",
                                              u"Grace Brewster Murray <grace@navy.mil>"};
-        const Ref<NSMutableArray> made = NSMutableArray::arrayWithCapacity(count);
+        Ref<NSMutableArray> made = NSMutableArray::arrayWithCapacity(count);
         for (const long i : shuffledNumbers(count))
             made->addObject(Letter::make(NSString::stringWithCharacters(names[i % 3]), double(i % 1000), i));
-        return std::ref(*made.operator->());
+        return made;
     }();
     return list;
 }
