@@ -133,8 +133,8 @@ private:
                     addRegistered(row, standard);
         });
         std::ranges::stable_sort(entries_, {}, &Entry::name);
-        const auto repeated = std::ranges::unique(entries_, {}, &Entry::name);
-        entries_.erase(repeated.begin(), repeated.end());
+        const auto sameName = [](const Entry& a, const Entry& b) { return a.name == b.name; };
+        entries_.erase(std::unique(entries_.begin(), entries_.end(), sameName), entries_.end());
     }
 
     void add(std::string_view name, CFStringEncoding charset) {
