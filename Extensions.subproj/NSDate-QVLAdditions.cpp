@@ -57,9 +57,9 @@ void resetGregorianDefaultTimeZone() {
 
 namespace {
 
-constexpr NSCalendarUnit day = NSCalendarUnitYear | NSCalendarUnitMonth | NSCalendarUnitDay;
+constexpr NSCalendarUnit dayUnits = NSCalendarUnitYear | NSCalendarUnitMonth | NSCalendarUnitDay;
 
-Ref<NSDateComponents> partsOf(const NSDate& date) { return gregorian()->components_fromDate(day, date); }
+Ref<NSDateComponents> partsOf(const NSDate& date) { return gregorian()->components_fromDate(dayUnits, date); }
 
 NSInteger weekdayOf(const NSDate& date, const NSCalendar& calendar) {
     return calendar.components_fromDate(NSCalendarUnitWeekday, date)->weekday();
@@ -164,7 +164,7 @@ RefPtr<NSMutableArray> dateArrayWithISOWeekNumber_andYear(NSInteger week, NSInte
 }
 
 NSInteger ISOWeekOfYear(const NSDate& receiver) {
-    const Ref<NSDateComponents> parts = isogregorian()->components_fromDate(day, receiver);
+    const Ref<NSDateComponents> parts = isogregorian()->components_fromDate(dayUnits, receiver);
     return parts->year() == NSUndefinedDateComponent ? NSNotFound : week(parts->day(), parts->month(), parts->year());
 }
 

@@ -116,7 +116,7 @@ private:
         const auto found = std::ranges::find(names, name);
         if (found == names.end())
             return;
-        bool& isUnclosed = isUnclosed_[script + (found - names.begin())];
+        bool& isUnclosed = isUnclosed_[script + static_cast<std::size_t>(found - names.begin())];
         for (std::size_t place = place_; !isUnclosed; ++place) {
             place = html_.find(u"</", place);
             isUnclosed = place == html_.npos;
