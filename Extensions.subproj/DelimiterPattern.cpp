@@ -21,7 +21,8 @@ std::size_t findDelimiter(std::u16string_view text, std::size_t from, std::u16st
 bool FoundPieces::mayEndWithOne(std::u16string_view piece, std::u16string_view opening) {
     if (pieces_.empty())
         return false;
-    std::size_t at = 0;
+    const std::size_t reach = longest_ + opening.size();
+    std::size_t at = piece.size() - std::min(piece.size(), reach);
     while ((at = findDelimiter(piece, at, opening)) != std::u16string_view::npos) {
         const std::u16string_view end = piece.substr(at + opening.size());
         if (end.size() >= left_ || contains(end))

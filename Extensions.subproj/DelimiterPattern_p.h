@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <optional>
 #include <string_view>
 #include <unordered_set>
@@ -34,13 +35,17 @@ public:
     explicit FoundPieces(std::size_t limit) noexcept : left_(limit) {}
 
     bool contains(std::u16string_view piece) const { return pieces_.contains(piece); }
-    void add(std::u16string_view piece) { pieces_.insert(piece); }
+    void add(std::u16string_view piece) {
+        pieces_.insert(piece);
+        longest_ = std::max(longest_, piece.size());
+    }
     /// Whether one of the pieces is the end of this one, right behind an opening delimiter in it; true also when
     /// finding that out takes too long.
     bool mayEndWithOne(std::u16string_view piece, std::u16string_view opening);
 
 private:
     std::unordered_set<std::u16string_view> pieces_;
+    std::size_t longest_ = 0;
     std::size_t left_;
 };
 

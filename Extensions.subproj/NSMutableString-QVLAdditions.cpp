@@ -65,7 +65,7 @@ public:
     enum class Outcome { Done, Unclosed, GaveUp };
 
     OnePass(std::u16string_view text, const detail::Delimiters& from, const detail::Delimiters& to)
-        : text_(text), from_(from), to_(to), found_(8 * text.size()) {}
+        : text_(text), from_(from), to_(to), sameDelimiters_(from.opening == from.closing), found_(8 * text.size()) {}
 
     Outcome run();
     /// The text rewritten so far, and the rest.
@@ -85,12 +85,17 @@ private:
     bool mayJoin(std::u16string_view before, Pieces rewritten) const;
     bool findStretch(Stretch& stretch);
     bool isIndependent(const Stretch& stretch);
+    /// Where both delimiters are the same, what is between two stretches looks like one.
+    bool isGapSafe(std::size_t end) const {
+        return !sameDelimiters_ || !written_ || !found_.contains(between(written_, end));
+    }
     Outcome unclosed(std::size_t content);
     void write(const Stretch& stretch);
     std::u16string_view between(std::size_t start, std::size_t end) const { return text_.substr(start, end - start); }
 
     std::u16string_view text_;
     detail::Delimiters from_, to_;
+    bool sameDelimiters_;
     detail::FoundPieces found_;
     StringBuilder out_;
     std::size_t written_ = 0;      ///< how much of the text is in `out_`
@@ -111,6 +116,8 @@ bool OnePass::findStretch(Stretch& stretch) {
     stretch.end = stretch.contentEnd + from_.closing.size();
     for (std::size_t next = stretch.start;;) {
         next = detail::findDelimiter(text_, next + 1, from_.opening);
+        if (next == stretch.contentEnd)  // both delimiters are the same
+            continue;
         if (next == npos || next >= stretch.end) {
             nextOpening_ = next;
             return true;
@@ -149,6 +156,8 @@ bool OnePass::isIndependent(const Stretch& stretch) {
         if (mayJoin(before, {bothRewritten, false}))
             return false;
     }
+    if (!isGapSafe(stretch.start))
+        return false;
     // An opening delimiter that was left must not find a closing one before the stretch's own.
     const std::size_t closingEnd = stretch.content + from_.closing.size() - 1;
     if (leftOpenings_ && detail::findDelimiter(between(written_, closingEnd), 0, from_.closing) != npos)
@@ -182,9 +191,9 @@ OnePass::Outcome OnePass::run() {
         Stretch stretch;
         if (!findStretch(stretch))
             return Outcome::GaveUp;
-        if (stretch.contentEnd == npos)
+        if (stretch.contentEnd == npos && isGapSafe(stretch.start))
             return unclosed(stretch.content);
-        if (!isIndependent(stretch))
+        if (stretch.contentEnd == npos || !isIndependent(stretch))
             return Outcome::GaveUp;
         write(stretch);
     }
@@ -194,8 +203,12 @@ OnePass::Outcome OnePass::run() {
 /// Rewrites one stretch everywhere, then looks for the next.
 void rewriteInTurn(NSMutableString& receiver, const NSString& pattern, const detail::Delimiters& from,
                    const detail::Delimiters& to) {
-    // Each opening delimiter can be rewritten once; what grows far beyond that will go on for ever.
-    const std::size_t longest = 4 * (receiver.length() + (receiver.length() / from.length() + 1) * to.length()) + 4096;
+    // Rewriting each opening delimiter once makes it that long; what grows far beyond will hardly ever end.
+    std::size_t openings = 1;
+    for (std::size_t at = 0; (at = detail::findDelimiter(receiver, at, from.opening)) != npos;
+         at += from.opening.size())
+        ++openings;
+    const std::size_t longest = receiver.length() + 4 * openings * to.length() + 4096;
     for (std::size_t next = 0; next < receiver.length();) {
         const std::size_t opening = detail::findDelimiter(receiver, next, from.opening);
         if (opening == npos)
@@ -262,7 +275,7 @@ const Additions<NSMutableString> additions{
 
 void removeMultipleSpaceInString(tovi::NSMutableString& string) {
     const std::u16string_view text = string;
-    std::size_t run = tovi::detail::findLiterally(text, u"  ");
+    std::size_t run = tovi::detail::findDelimiter(text, 0, u"  ");
     if (run == std::u16string_view::npos)
         return;
     tovi::StringBuilder out;

@@ -21,9 +21,11 @@ TOVI_EXPORT NSUInteger replaceString_withString_options(NSMutableString& receive
 ///
 /// Raises NSRangeException where no B follows an A or B is empty; what was rewritten before stays. Raises
 /// NSInvalidArgumentException when the replacement has no "*" and the pattern's A was found; and when, with a
-/// replacement that brings the delimiters along, the receiver grows without end.
+/// replacement that brings the delimiters along, the receiver grows far beyond what rewriting each A once would make of
+/// it: such growth hardly ever ends.
 ///
-/// Linear time as long as the new delimiters do not take part in further matches.
+/// Linear time, unless the new delimiters hold the old ones, or delimiters overlap, or come into being where text of
+/// before and after meet; then each different stretch takes time of its own.
 TOVI_EXPORT void replaceRegexString_withRegexString(NSMutableString& receiver, const NSString& pattern,
                                                     const NSString& replacement);
 

@@ -123,17 +123,23 @@ RefPtr<NSString> withoutTagsAtOnce(std::u16string_view html) {
     }
 }
 
-/// One tag after the other, each wherever it stands by then.
+/// One tag after the other, each wherever it stands by then. Behind the last one it comes once more.
 Ref<NSString> withoutTagsInTurn(const NSString& html) {
     const Ref<NSMutableString> text = NSMutableString::stringWithString(html);
-    std::unordered_set<std::u16string_view> done;
+    std::unordered_set<std::u16string_view> missing;  // what the text does not have now
+    std::u16string_view opening;
     Tag tag{0, 0, true};
     do {
         tag = nextTag(html, tag.end);
-        const std::u16string_view content = html.view().substr(tag.start, tag.end - tag.start);
-        if (!content.empty() && done.insert(content).second)
-            replaceString_withString(text, NSString::stringWithCharacters(content)->stringByAppendingString(u">"_ns),
-                                     u" "_ns);
+        if (tag.start < tag.end)
+            opening = html.view().substr(tag.start, tag.end - tag.start);
+        if (missing.contains(opening))
+            continue;
+        const Ref<NSString> whole = NSString::stringWithCharacters(opening)->stringByAppendingString(u">"_ns);
+        if (replaceString_withString_options(text, whole, u" "_ns, NSLiteralSearch))
+            missing.clear();
+        else
+            missing.insert(opening);
     } while (tag.isClosed);
     return static_cast<NSString&>(*text->copy());
 }

@@ -63,8 +63,8 @@ TOVI_EXPORT RefPtr<NSMutableArray> findRegexString_inRange(const NSString& recei
 /// also stand alone.
 TOVI_EXPORT Ref<NSString> flattenHTML_trimWhiteSpace(const NSString& html, bool trim);
 
-/// The address in a mailbox such as "Name <address>": what is between the first "<" and the next ">", or the end. The
-/// receiver itself when there is no "<".
+/// The address in a mailbox such as "Name <address>": what is between the first "<" and the next ">", or the end. An
+/// immutable copy of the receiver when there is no "<".
 TOVI_EXPORT Ref<NSString> stringByDeletingPersonalInEmailAddress(const NSString& receiver);
 
 }  // namespace QVLAdditions

@@ -26,7 +26,8 @@ public:
     /// Takes bytes away from the end.
     void truncate(NSUInteger length) noexcept { length_ = length; }
 
-    char* bytes() noexcept { return static_cast<char*>(block_) + sizeof(NSData); }
+    /// Null as long as nothing was appended.
+    char* bytes() noexcept { return block_ ? static_cast<char*>(block_) + sizeof(NSData) : nullptr; }
     NSUInteger length() const noexcept { return length_; }
 
     /// The bytes so far; the builder is empty afterwards.

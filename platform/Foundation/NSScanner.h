@@ -22,7 +22,7 @@ public:
     void setCaseSensitive(bool caseSensitive) noexcept { caseSensitive_ = caseSensitive; }
     bool isAtEnd() const;  ///< true when only characters to be skipped are left
 
-    // What was scanned is put into `result`, where there is one.
+    // What was scanned is put into `result`, where there is one. The empty text is found nowhere.
 
     bool scanString_intoString(const NSString& wanted, RefPtr<NSString>* result = nullptr);
     /// The text before the next occurrence, or to the end; false when it is empty.

@@ -70,6 +70,11 @@ void NSMutableString::splice(NSRange range, std::u16string_view replacement) {
         return splice(range, *kept);
     }
     const NSUInteger length = length_ - range.length + replacement.size();
+    if (!length && source()) {
+        own(u"", 0);
+        length_ = 0;
+        return;
+    }
     if (length > capacity() || source())
         reserve(std::max({length, length_, capacity() * 2}));
     auto* const target = const_cast<char16_t*>(units_) + range.location;

@@ -145,8 +145,8 @@ private:
     friend class StringBuilder;
 };
 
-/// Text that can be changed. Not for several threads at once. A copy of an immutable string shares its units until the
-/// first change.
+/// Text that can be changed. Not for several threads at once. A copy of an immutable string shares its units, as does
+/// what setString and replacing leave, until the next change.
 class TOVI_EXPORT NSMutableString final : public NSString {
     TOVI_DECLARE_CLASS(NSMutableString)
 

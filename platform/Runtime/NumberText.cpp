@@ -32,12 +32,26 @@ bool takeSign(std::u16string_view& text) noexcept {
     return negative;
 }
 
-/// The units in front that a number may consist of.
+/// The number in front, in C notation without a sign, whatever follows; not always a whole one.
 std::string numeral(std::u16string_view text) {
-    const auto end = std::find_if_not(text.begin(), text.end(), [](char16_t unit) {
-        return isDigit(unit) || unit == u'.' || unit == u'e' || unit == u'E' || unit == u'+' || unit == u'-';
-    });
-    return {text.begin(), end};
+    std::size_t end = 0;
+    const auto takeDigits = [&] {
+        while (end < text.size() && isDigit(text[end]))
+            ++end;
+    };
+    const auto takeOneOf = [&](char16_t a, char16_t b) {
+        const bool follows = end < text.size() && (text[end] == a || text[end] == b);
+        end += follows;
+        return follows;
+    };
+    takeDigits();
+    if (takeOneOf(u'.', u'.'))
+        takeDigits();
+    if (takeOneOf(u'e', u'E')) {
+        takeOneOf(u'+', u'-');
+        takeDigits();
+    }
+    return {text.begin(), text.begin() + std::ptrdiff_t(end)};
 }
 
 /// For a number beyond the range of double: whether it is too large rather than too small.
@@ -53,7 +67,7 @@ bool isLarge(std::string_view number) {
     if (std::from_chars(exponentText.data(), exponentText.data() + exponentText.size(), exponent).ec ==
         std::errc::result_out_of_range)
         return !exponentText.starts_with('-');
-    return static_cast<long>(point) - static_cast<long>(first) + exponent > 0;
+    return exponent > static_cast<long>(first) - static_cast<long>(point);
 }
 
 int hexadecimalDigit(char16_t unit) noexcept {
@@ -109,8 +123,6 @@ std::size_t scanReal(std::u16string_view text, double& value) {
     std::u16string_view unsignedText = text;
     const bool negative = takeSign(unsignedText);
     const std::string number = numeral(unsignedText);
-    if (number.starts_with('-'))
-        return 0;
     double size = 0;
     const auto [stop, error] = std::from_chars(number.data(), number.data() + number.size(), size);
     if (error == std::errc::invalid_argument)

@@ -89,9 +89,9 @@ TEST(MutableStringAdditions, rewriteDelimiters) {
 
 TEST(MutableStringAdditions, rewriteAsStepByStep) {
     const std::pair<std::u16string, std::u16string> rules[] = {
-        {u"[*]", u"(*)"}, {u"[*]", u"*"},    {u"[*]", u"]*["},  {u"[*]", u"[*"},  {u"[*]", u"a*a"},
-        {u"a*a", u"*"},   {u"aa*a", u"[*]"}, {u"a[*]a", u"*"},  {u"[*]a", u"*a"}, {u"[[*]]", u"*"},
-        {u"[a*]", u"a*"}, {u"[]*[]", u"*["}, {u"a*[", u"*]a[["}};
+        {u"[*]", u"(*)"},  {u"[*]", u"*"},   {u"[*]", u"]*["},  {u"[*]", u"[*"},   {u"[*]", u"a*a"}, {u"a*a", u"*"},
+        {u"aa*a", u"[*]"}, {u"a[*]a", u"*"}, {u"[*]a", u"*a"},  {u"[[*]]", u"*"},  {u"[a*]", u"a*"}, {u"[[*[[", u"(*"},
+        {u"a[*a[", u"*a"}, {u"[*[", u"a*"},  {u"[]*[]", u"*["}, {u"a*[", u"*]a[["}};
     for (const std::u16string& receiver : allTexts(u"[]a", 8))
         for (const auto& [pattern, replacement] : rules)
             ASSERT_EQ(tryRewriting(receiver, pattern, replacement), rewrittenStepByStep(receiver, pattern, replacement))
@@ -129,4 +129,11 @@ TEST(MutableStringAdditions, takeLinearTimeOnHostileTexts) {
     EXPECT_EQ(rewritten(distinct, u"<b>*</b>", u"*").text.size(), 300'000U);
     EXPECT_EQ(flattenHTML_trimWhiteSpace(text(distinct), true)->length(), 400'000U - 2);
     EXPECT_EQ(flattenHTML_trimWhiteSpace(text(std::u16string(million, u'<') + u'>'), false), u" ");
+    std::u16string quoted, tags;
+    for (char16_t i = 0; i < 20'000; ++i) {
+        quoted += std::u16string{u'"', char16_t(0x4E00 + i), u'"', u' '};
+        tags += std::u16string{u'<', char16_t(0x4E00 + i), u'>'};
+    }
+    EXPECT_EQ(rewritten(quoted, u"\"*\"", u"**").text.size(), 40'000U);
+    EXPECT_EQ(flattenHTML_trimWhiteSpace(text(tags + std::u16string(20'000, u'<') + u'>'), false)->length(), 20'001U);
 }

@@ -89,6 +89,8 @@ TEST(StringAdditions, flattenTags) {
     EXPECT_EQ(flat(u"<b><a <b>c>"), u" <a  c>");
     EXPECT_EQ(flat(u"<b><a <b>c><a  c>"), u"   ");
     EXPECT_EQ(flat(u"<x><a<x>b> <a b"), u"   <a b");
+    EXPECT_EQ(flat(u"< ><< >>< >"), u"   ");
+    EXPECT_EQ(flat(u"<><  ><<><  >><<"), u"   <<");
 }
 
 TEST(StringAdditions, takeTheAddressOutOfAMailbox) {

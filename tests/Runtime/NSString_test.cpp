@@ -190,6 +190,9 @@ TEST(NSString, ReadsNumbersWithoutLocale) {
         EXPECT_EQ(text->doubleValue(), row.doubleValue) << text;
         EXPECT_EQ(text->boolValue(), row.boolValue) << text;
     }
+    EXPECT_EQ(u"1e9223372036854775807"_ns->doubleValue(), HUGE_VAL);
+    EXPECT_EQ(u"0.01e-9223372036854775808"_ns->doubleValue(), 0);
+    EXPECT_EQ(u"1.5e3-7"_ns->doubleValue(), 1500);
     EXPECT_EQ(NSString::stringWithCharacters(std::u16string(u"0.").append(400, u'0').append(u"1e401"))->doubleValue(),
               1);
 }

@@ -37,7 +37,7 @@ inline std::optional<Rewritten> rewrittenStepByStep(std::u16string text, const s
         replaceEverywhere(text, pattern, replacement);
         return Rewritten{text};
     }
-    const std::size_t bound = 1000 * (text.size() + pattern.size() + replacement.size());
+    const std::size_t bound = (text.size() + 1) * (1 + 4 * replacement.size()) + 8192;
     std::size_t opening = from[0].empty() ? text.npos : text.find(from[0]);
     while (opening != text.npos) {
         const std::size_t start = opening + from[0].size();
