@@ -57,6 +57,7 @@
 #include <ToviFoundationKit/Extensions/NSMutableDictionary-ThreadSafety.h>
 #include <ToviFoundationKit/Extensions/NSMutableString-QVLAdditions.h>
 #include <ToviFoundationKit/Extensions/NSObject-Singleton.h>
+#include <ToviFoundationKit/Extensions/NSPredicate-QVLAdditions.h>
 #include <ToviFoundationKit/Extensions/NSSet-QVLAdditions.h>
 #include <ToviFoundationKit/Extensions/NSString-HexStringRepresentations.h>
 #include <ToviFoundationKit/Extensions/NSString-MIMEEncoding.h>

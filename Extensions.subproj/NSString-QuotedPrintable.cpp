@@ -53,7 +53,7 @@ constexpr std::array<std::int8_t, 128> digitValues = [] {
 }();
 
 /// Reads text and writes the bytes that it stands for. The loop below has one of its own, which the compiler can keep
-/// in registers.
+/// in registers; so what is not ASCII is only noted, to be asked for at the end.
 struct Cursor {
     std::size_t left() const noexcept { return static_cast<std::size_t>(end - from); }
 
@@ -67,11 +67,9 @@ struct Cursor {
     }
 
     void takeBlock() noexcept {
-        using Words __attribute__((vector_size(16))) = std::uint64_t;
         const Block block(from);
         std::memcpy(to, &block.bytes, sizeof block.bytes);
-        const auto seen = reinterpret_cast<Words>(block.seen);
-        isASCII = ((seen[0] | seen[1]) & 0xFF80FF80FF80FF80) == 0;
+        seenInBlocks |= block.seen;
         // Asking early lets the processor guess where the next block is.
         if (block.escapes == 0) {
             from += blockLength;
@@ -84,7 +82,7 @@ struct Cursor {
     }
 
     void take() noexcept {
-        isASCII = isASCII && *from < 0x80;
+        seen |= *from;
         *to++ = *from == u'_' ? ' ' : static_cast<char>(*from);
         ++from;
     }
@@ -96,7 +94,7 @@ struct Cursor {
         }
         if (left() <= 2)
             return take();
-        isASCII = isASCII && (from[1] | from[2]) < 0x80;
+        seen |= static_cast<unsigned>(from[1] | from[2]);
         const int high = digitValues[from[1] & 0x7F], low = digitValues[from[2] & 0x7F];
         value = high < 0 ? value : static_cast<std::uint8_t>(high * 16);
         value = low < 0 ? value : static_cast<std::uint8_t>(value + low);
@@ -104,11 +102,19 @@ struct Cursor {
         from += 3;
     }
 
+    bool hasSeenASCIIOnly() const noexcept {
+        unsigned all = seen;
+        for (int i = 0; i < 8; ++i)
+            all |= seenInBlocks[i];
+        return all < 0x80;
+    }
+
     const char16_t* from;
     const char16_t* end;
     char* to = nullptr;
     std::uint8_t value = 0;
-    bool isASCII = true;
+    unsigned seen = 0;  ///< all bits of the characters
+    detail::EightUnits seenInBlocks{};
 };
 
 /// Gives the bytes of a text, some at a time.
@@ -116,17 +122,19 @@ class Unescaper {
 public:
     explicit Unescaper(std::u16string_view text) noexcept : cursor_{text.data(), text.data() + text.size()} {}
 
-    /// The next bytes, none at the end or where text follows that is not ASCII.
+    /// The next bytes, none at the end.
     std::string_view next() noexcept {
         Cursor cursor = cursor_;
         cursor.to = bytes_;
-        while (cursor.to < bytes_ + most && cursor.left() && cursor.isASCII)
+        while (cursor.to < bytes_ + most && cursor.left())
             cursor.step();
         cursor_ = cursor;
         return {bytes_, static_cast<std::size_t>(cursor.to - bytes_)};
     }
     /// Whether all text, what is left included, is ASCII.
-    bool isASCII() const noexcept { return cursor_.isASCII && detail::allBelow({cursor_.from, cursor_.left()}, 0x80); }
+    bool isASCII() const noexcept {
+        return cursor_.hasSeenASCIIOnly() && detail::allBelow({cursor_.from, cursor_.left()}, 0x80);
+    }
 
 private:
     static constexpr std::size_t most = 4096;

@@ -63,7 +63,8 @@ struct Oracle {
     std::u16string_view text;
     NSStringCompareOptions options;
 
-    bool literal() const { return options & NSLiteralSearch; }
+    bool markless() const { return options & NSDiacriticInsensitiveSearch; }
+    bool literal() const { return options & NSLiteralSearch && !markless(); }
     bool caseless() const { return options & NSCaseInsensitiveSearch; }
 
     static std::u16string decomposed(const std::u16string& part) {
@@ -82,10 +83,23 @@ struct Oracle {
         result.resize(std::size_t(length));
         return result;
     }
+    static std::u16string withoutMarks(const std::u16string& part) {
+        std::u16string result;
+        for (std::size_t i = 0; i < part.size();) {
+            const std::size_t start = i;
+            UChar32 c;
+            U16_NEXT(part, i, part.size(), c);
+            if (u_charType(c) != U_NON_SPACING_MARK)
+                result.append(part, start, i - start);
+        }
+        return result;
+    }
     std::u16string key(std::u16string_view part) const {
         std::u16string result(part);
         if (!literal())
             result = decomposed(result);
+        if (markless())
+            result = withoutMarks(result);
         if (caseless())
             result = literal() ? folded(result) : decomposed(folded(result));
         return result;
@@ -104,6 +118,10 @@ struct Oracle {
     }
 
     bool matches(std::size_t start, std::size_t end, const std::u16string& wanted) const {
+        UChar32 first;
+        U16_GET(text, 0, start, text.size(), first);
+        if (markless() && !(options & NSAnchoredSearch) && u_charType(first) == U_NON_SPACING_MARK)
+            return false;
         return isBoundary(start) && isBoundary(end) && key(text.substr(start, end - start)) == wanted;
     }
 
@@ -112,7 +130,7 @@ struct Oracle {
         const bool backwards = options & NSBackwardsSearch, anchored = options & NSAnchoredSearch;
         if (wanted.empty() || (range.length == 0))
             return NSRangeNotFound;
-        const std::size_t longest = 2 * wanted.size();
+        const std::size_t longest = markless() ? 80 : 2 * wanted.size();
         for (std::size_t i = 0; i < range.length; ++i) {
             // Where the match begins, or ends when searching backwards.
             const std::size_t edge = backwards ? range.end() - i : range.location + i;
@@ -166,7 +184,7 @@ void replaceAll(const std::u16string& text, const NSString& searched, NSStringCo
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     Input input{data, std::min<std::size_t>(size, 80)};
     const std::uint8_t mode = input.byte();
-    const auto options = static_cast<NSStringCompareOptions>(mode & 15);
+    const auto options = static_cast<NSStringCompareOptions>((mode & 15) | (mode & 64) << 1);
     const bool raw = mode & 16, padded = !raw && mode & 32;
     const std::u16string wanted = input.text(input.byte() % 8, raw);
     const std::uint8_t skipped = input.byte(), cut = input.byte();

@@ -66,7 +66,7 @@ struct PlainTime : CivilTime {
 
 }  // namespace
 
-/// 0 when the pattern has anything else than such numbers, each field once, and texts without digits.
+/// 0 when the pattern has anything else than such numbers, one at least and each field once, and texts without digits.
 std::size_t CompiledDateFormat::widthOfPlainNumbers() const {
     if (spoilt_ || byIcu_ || symbols_->zero != u'0' || steps_.size() > 16)
         return 0;
@@ -78,12 +78,13 @@ std::size_t CompiledDateFormat::widthOfPlainNumbers() const {
         letters += step.letter ? step.letter : ' ';
         width += static_cast<std::size_t>(step.count);
     }
-    return std::ranges::any_of(texts_, [](char16_t unit) { return digitOf(unit) <= 9; }) ? 0 : width;
+    const bool unclear = std::ranges::any_of(texts_, [](char16_t unit) { return digitOf(unit) <= 9; });
+    return unclear || letters.find_first_not_of(' ') == letters.npos ? 0 : width;
 }
 
 // Only what is written as it would be printed, and is a time that the clock shows: ICU decides on the rest.
 std::optional<NSTimeInterval> CompiledDateFormat::readPlainNumbers(std::u16string_view text) const {
-    if (text.size() != plainWidth_)
+    if (!plainWidth_ || text.size() != plainWidth_)
         return std::nullopt;
     PlainTime time{{{2000, 1, 1}, 0, 0, 0}, 0};
     const char16_t* unit = text.data();
@@ -122,7 +123,8 @@ std::optional<NSTimeInterval> CompiledDateFormat::read(std::u16string_view text)
     const auto midnightOf = [this](NSInteger year) {
         return static_cast<double>(settings_.rules->fromClock(daysFromCivil(year, 1, 1) * secondsADay)) * 1000;
     };
-    const auto milliseconds = whole().read(text, {settings_.lenient, midnightOf(2000), midnightOf(1950)});
+    const bool fractions = std::ranges::find(steps_, 'S', &Step::letter) != steps_.end();
+    const auto milliseconds = whole().read(text, {settings_.lenient, fractions, midnightOf(2000), midnightOf(1950)});
     if (!milliseconds)
         return std::nullopt;
     return *milliseconds / 1000 - 978307200.0;

@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <limits>
 
+#include <unicode/uchar.h>
 #include <unicode/udat.h>
+#include <unicode/utf16.h>
 
 namespace tovi::detail {
 
@@ -95,9 +97,24 @@ void IcuDateFormat::append(StringBuilder& out, double milliseconds) const {
     }));
 }
 
+namespace {
+
+// Dividing a fraction of 35 digits by a power of 10 that does not fit, ICU ends the process.
+bool hasTooManyDigits(std::u16string_view text) {
+    int digits = 0;
+    for (int i = 0; i < length(text);) {
+        UChar32 character;
+        U16_NEXT(text.data(), i, length(text), character);
+        digits += u_isdigit(character);
+    }
+    return digits > 34;
+}
+
+}  // namespace
+
 std::optional<double> IcuDateFormat::read(std::u16string_view text, const Reading& how) const {
     UDateFormat* const format = handle_->format;
-    if (!format || text.size() >= tooLong)
+    if (!format || text.size() >= tooLong || (how.fractions && hasTooManyDigits(text)))
         return std::nullopt;
     UErrorCode error = U_ZERO_ERROR;
     udat_setLenient(format, how.lenient);

@@ -33,10 +33,12 @@ public:
 
     struct Reading {
         bool lenient;
+        bool fractions;       ///< whether the pattern has fractions of a second
         double defaults;      ///< the moment of the fields that the text does not tell
         double centuryStart;  ///< the first moment of the hundred years that two digits stand for
     };
-    /// The milliseconds of the moment that the text tells, if it does.
+    /// The milliseconds of the moment that the text tells, if it does. With fractions, a text of more than 34 digits
+    /// does not.
     std::optional<double> read(std::u16string_view text, const Reading& how) const;
 
 private:

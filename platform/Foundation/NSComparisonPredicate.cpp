@@ -19,12 +19,14 @@ Ref<NSComparisonPredicate> NSComparisonPredicate::initWithLeftExpression_rightEx
     const auto made = adopt(*new NSComparisonPredicate({left, right}));
     made->modifier_ = modifier;
     made->type_ = type;
-    made->options_ = options;
+    made->options_ = static_cast<NSComparisonPredicateOptions>(options & 15);
     return made;
 }
 
 Ref<NSComparisonPredicate> NSComparisonPredicate::initWithLeftExpression_rightExpression_customSelector(
     NSExpression& left, NSExpression& right, Selector selector) {
+    if (selector.numberOfArguments() != 1)
+        NSException::raise(NSInvalidArgumentException, u"the selector %s does not take one object", selector);
     const auto made = adopt(*new NSComparisonPredicate({left, right}));
     made->type_ = NSCustomSelectorPredicateOperatorType;
     made->selector_ = selector;
@@ -97,7 +99,7 @@ bool NSComparisonPredicate::setArchivedFields(const NSArray& fields) {
     const bool isCustom = type_ == NSCustomSelectorPredicateOperatorType;
     if (name && isCustom)
         selector_ = Selector::existing(name->UTF8String());
-    return name && isCustom == static_cast<bool>(selector_) && numbers[0] <= NSAnyPredicateModifier &&
+    return name && isCustom == (selector_.numberOfArguments() == 1) && numbers[0] <= NSAnyPredicateModifier &&
            numbers[2] < 16 && (isCustom || !detail::textOfOperator(type_).empty()) && parts_.size() == 2 &&
            as<NSExpression>(parts_[0].get()) && as<NSExpression>(parts_[1].get());
 }

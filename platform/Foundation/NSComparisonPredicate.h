@@ -55,7 +55,7 @@ constexpr NSComparisonPredicateOptions operator|(NSComparisonPredicateOptions a,
 ///
 /// `LIKE` compares the whole text with a pattern in which `*` is any text and `?` any character (a base and what
 /// combines with it); a backslash makes a plain character of either. `MATCHES` compares the whole text with a regular
-/// expression in ICU's notation; one that is not valid, and one that does not come to an end in a second or two, raise
+/// expression in ICU's notation; one that is not valid, and one that takes too long, raise
 /// NSInvalidArgumentException. All but `IN` and `CONTAINS` need texts on both sides, else they raise that too.
 class TOVI_EXPORT NSComparisonPredicate final : public NSPredicate {
     TOVI_DECLARE_CLASS(NSComparisonPredicate)

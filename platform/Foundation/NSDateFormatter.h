@@ -51,13 +51,14 @@ public:
     void setLenient(bool lenient) noexcept;
 
     /// nil when the pattern is spoilt or the moment is not a number. Moments beyond the ends of NSCalendar are taken
-    /// for them. Fractions of a second are cut off, except that what is a twentieth of a millisecond
-    /// short of the next one counts as that.
+    /// for them. Fractions of a second are cut off, except that what is a twentieth of a millisecond short of the next
+    /// one counts as that.
     virtual RefPtr<NSString> stringFromDate(const NSDate& date) const;
 
     /// The moment that the text tells; nil when it does not follow the pattern from its beginning to its end. What the
     /// pattern leaves open is that of 1 January 2000, 0:00. Years with two digits, where the pattern has two, are 1950
     /// to 2049. Fields out of range, and times that the clocks skip, give nil; of two that they show twice, the first.
+    /// With a pattern that has fractions of a second, a text of more than 34 digits is not read.
     ///
     /// A lenient formatter lets fields carry over (32 January), is content with less punctuation, and does not mind
     /// what follows behind.

@@ -172,8 +172,8 @@ void NSExpression::writeFunction(StringBuilder& out, std::size_t index) const {
             out.append(u'[').append(function_->symbol).append(u']');
     } else {
         const std::u16string_view name = form == Form::Cast   ? u"CAST"
-                                         : parts_.size() == 1 ? name_->view().substr(0, name_->length() - 1)
-                                                              : name_->view();
+                                         : parts_.size() == 1 ? function_->name.substr(0, function_->name.size() - 1)
+                                                              : function_->name;
         if (index == 0)
             out.append(name).append(u'(');
         out.append(isLast ? u")" : index ? u", " : u"");
@@ -203,13 +203,16 @@ bool NSExpression::isPostfix() const noexcept {
 detail::PredicateNode::Binding NSExpression::binding() const {
     if (!infix().empty())
         return Binding::Infix;
+    if (type_ == NSKeyPathExpressionType && detail::isPlainKeyPath(*name_))
+        return Binding::Path;
     const bool isLiteral = type_ == NSConstantValueExpressionType || type_ == NSAggregateExpressionType;
     return isLiteral ? Binding::Literal : Binding::Operand;
 }
 
 bool NSExpression::parenthesizes(std::size_t index, Binding part) const {
     if (isPostfix() && index == 0)
-        return part == Binding::Infix || part == Binding::Literal;
+        return part == Binding::Infix || part == Binding::Literal ||
+               (part == Binding::Path && type_ == NSKeyPathExpressionType);
     return part == Binding::Infix && !infix().empty();
 }
 

@@ -31,19 +31,13 @@ bool isText(const NSObject* object, std::u16string_view text) {
 
 // --- Making ----------------------------------------------------------------------------------------------------------
 
-NSExpression::NSExpression(Type type, id constant, RefPtr<NSString> name, Parts parts)
-    : PredicateNode(std::move(parts)), type_(type), constant_(std::move(constant)), name_(std::move(name)) {
-    if (type == NSFunctionExpressionType)
-        function_ = PredicateFunction::named(*name_);
-}
-
 Ref<NSExpression> NSExpression::make(Type type, RefPtr<NSString> name, Parts parts) {
     const auto isConstant = [](const Ref<PredicateNode>& part) {
         const auto* const expression = as<NSExpression>(part.get());
         return expression && expression->type_ == NSConstantValueExpressionType;
     };
     if (type != NSAggregateExpressionType || !std::all_of(parts.begin(), parts.end(), isConstant))
-        return adopt(*new NSExpression(type, nullptr, std::move(name), std::move(parts)));
+        return adopt(*new NSExpression(type, std::move(name), std::move(parts)));
     std::vector<Ref<NSObject>> values;
     for (const Ref<PredicateNode>& each : parts) {
         const id& value = static_cast<NSExpression&>(*each).constant_;
@@ -52,16 +46,10 @@ Ref<NSExpression> NSExpression::make(Type type, RefPtr<NSString> name, Parts par
     return expressionForConstantValue(NSArray::arrayTakingObjects(values).get());
 }
 
-Ref<NSExpression> NSExpression::makeFunction(const NSString& name, Parts arguments) {
-    const PredicateFunction* const function = PredicateFunction::named(name);
-    if (!function)
-        NSException::raise(NSInvalidArgumentException, u"there is no function %@", name);
-    if (!function->takes(arguments.size()))
-        NSException::raise(NSInvalidArgumentException, u"the function %@ does not take %lu arguments", name,
-                           arguments.size());
-    Ref<NSExpression> made =
-        make(NSFunctionExpressionType, NSString::stringWithCharacters(function->name), std::move(arguments));
-    if (function->form == PredicateFunction::Form::Cast) {
+Ref<NSExpression> NSExpression::makeFunction(const PredicateFunction& function, Parts arguments) {
+    Ref<NSExpression> made = make(NSFunctionExpressionType, nullptr, std::move(arguments));
+    made->function_ = &function;
+    if (function.form == PredicateFunction::Form::Cast) {
         // Constants that are written as casts.
         const NSObject* const value = made->expression(0)->constant_;
         const NSObject* const type = made->expression(1)->constant_;
@@ -76,16 +64,10 @@ Ref<NSExpression> NSExpression::makeMessage(const NSString& name, Parts parts) {
     if (name == u"valueForKeyPath:" && parts.size() == 2)
         if (const auto* path = as<NSString>(static_cast<NSExpression&>(*parts[1]).constant_.get()))
             return makePath(share(receiver), *path);
-    const auto made = adopt(*new NSExpression(NSFunctionExpressionType, nullptr, share(name), std::move(parts)));
-    made->function_ = nullptr;
-    return made;
+    return make(NSFunctionExpressionType, share(name), std::move(parts));
 }
 
 Ref<NSExpression> NSExpression::makePath(RefPtr<NSExpression> operand, std::u16string_view path) {
-    if (operand && operand->type_ == NSKeyPathExpressionType) {
-        const auto joined = NSString::stringWithFormat(u"%@.%S", operand->name_, path);
-        return make(NSKeyPathExpressionType, joined, operand->parts_);
-    }
     Parts parts;
     if (operand && operand->type_ != NSEvaluatedObjectExpressionType)
         parts.emplace_back(*operand);
@@ -97,8 +79,9 @@ Ref<NSExpression> NSExpression::expressionWithFormat_arguments(std::u16string_vi
 }
 
 Ref<NSExpression> NSExpression::expressionForConstantValue(NSObject* value) {
-    return adopt(
-        *new NSExpression(NSConstantValueExpressionType, detail::isNull(value) ? nullptr : value, nullptr, {}));
+    Ref<NSExpression> made = adopt(*new NSExpression(NSConstantValueExpressionType, nullptr, {}));
+    made->constant_ = detail::isNull(value) ? nullptr : value;
+    return made;
 }
 
 Ref<NSExpression> NSExpression::expressionForEvaluatedObject() {
@@ -122,7 +105,13 @@ Ref<NSExpression> NSExpression::expressionForFunction_arguments(const NSString& 
     Parts parts;
     for (NSObject& each : arguments)
         parts.emplace_back(checked(each));
-    return makeFunction(name, std::move(parts));
+    const PredicateFunction* const function = PredicateFunction::named(name);
+    if (!function)
+        NSException::raise(NSInvalidArgumentException, u"there is no function %@", name);
+    if (!function->takes(parts.size()))
+        NSException::raise(NSInvalidArgumentException, u"the function %@ does not take %lu arguments", name,
+                           parts.size());
+    return makeFunction(*function, std::move(parts));
 }
 
 Ref<NSExpression> NSExpression::expressionForFunction_selectorName_arguments(NSExpression& operand,
@@ -182,7 +171,11 @@ Ref<NSString> NSExpression::variable() const {
 }
 
 Ref<NSString> NSExpression::keyPath() const { return *expect(type_ == NSKeyPathExpressionType, "keyPath").name_; }
-Ref<NSString> NSExpression::function() const { return *expect(type_ == NSFunctionExpressionType, "function").name_; }
+
+Ref<NSString> NSExpression::function() const {
+    expect(type_ == NSFunctionExpressionType, "function");
+    return function_ ? NSString::stringWithCharacters(function_->name) : name_.ref();
+}
 
 RefPtr<NSExpression> NSExpression::operand() const {
     expect(isMessage() || type_ == NSKeyPathExpressionType, "operand");
@@ -234,14 +227,15 @@ bool NSExpression::isSameAlone(const PredicateNode& node) const {
 }
 
 NSUInteger NSExpression::hashAlone() const {
-    return type_ + (name_ ? name_->hash() * 3 : 0) + (constant_ ? constant_->hash() * 5 : 0);
+    return type_ + (name_ ? name_->hash() * 3 : 0) + (constant_ ? constant_->hash() * 5 : 0) +
+           std::hash<const void*>()(function_) * 7;
 }
 
 Ref<detail::PredicateNode> NSExpression::withParts(Parts parts) const {
+    if (function_)
+        return makeFunction(*function_, std::move(parts));
     if (isMessage())
         return makeMessage(*name_, std::move(parts));
-    if (type_ == NSFunctionExpressionType)
-        return makeFunction(*name_, std::move(parts));
     if (type_ == NSKeyPathExpressionType)
         return makePath(static_cast<NSExpression&>(*parts[0]), *name_);
     return make(type_, name_, std::move(parts));
@@ -249,7 +243,8 @@ Ref<detail::PredicateNode> NSExpression::withParts(Parts parts) const {
 
 Ref<NSArray> NSExpression::archivedFields() const {
     const auto orNull = [](NSObject* object) { return object ? Ref<NSObject>(*object) : NSNull::null(); };
-    return NSArray::of(type_, isMessage(), orNull(name_.get()), orNull(constant_.get()));
+    const RefPtr<NSString> name = function_ ? RefPtr<NSString>(function()) : name_;
+    return NSArray::of(type_, isMessage(), orNull(name.get()), orNull(constant_.get()));
 }
 
 bool NSExpression::setArchivedFields(const NSArray& fields) {
@@ -260,6 +255,7 @@ bool NSExpression::setArchivedFields(const NSArray& fields) {
     constant_ = detail::isNull(&fields[3]) ? nullptr : &fields[3];
     if (type_ == NSFunctionExpressionType && name_ && !static_cast<NSNumber&>(fields[1]).boolValue()) {
         function_ = PredicateFunction::named(*name_);
+        name_ = nullptr;
         return function_ && isWellFormed() && function_->takes(parts_.size());
     }
     return isWellFormed();
@@ -281,7 +277,7 @@ bool NSExpression::isWellFormed() const {
         case NSKeyPathExpressionType:
             return count < 2 && name_ && areExpressions(0);
         case NSFunctionExpressionType:
-            return name_ && areExpressions(0) && (function_ || count);
+            return areExpressions(0) && (function_ || (name_ && count));
         case NSUnionSetExpressionType:
         case NSIntersectSetExpressionType:
         case NSMinusSetExpressionType:

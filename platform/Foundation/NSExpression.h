@@ -97,9 +97,10 @@ private:
     using Type = NSExpressionType;
 
     NSExpression() noexcept : PredicateNode(FromArchive()) {}
-    NSExpression(Type type, id constant, RefPtr<NSString> name, Parts parts);
+    NSExpression(Type type, RefPtr<NSString> name, Parts parts) noexcept
+        : PredicateNode(std::move(parts)), type_(type), name_(std::move(name)) {}
     static Ref<NSExpression> make(Type type, RefPtr<NSString> name, Parts parts);
-    static Ref<NSExpression> makeFunction(const NSString& name, Parts arguments);
+    static Ref<NSExpression> makeFunction(const detail::PredicateFunction& function, Parts arguments);
     static Ref<NSExpression> makeMessage(const NSString& name, Parts operandAndArguments);
     /// The keys behind what is there; without an operand, the evaluated object's.
     static Ref<NSExpression> makePath(RefPtr<NSExpression> operand, std::u16string_view path);
@@ -129,8 +130,8 @@ private:
 
     Type type_ = NSConstantValueExpressionType;
     id constant_;
-    RefPtr<NSString> name_;  ///< of a variable, a key path, a function or a message
-    const detail::PredicateFunction* function_ = nullptr;
+    RefPtr<NSString> name_;                                ///< of a variable, a key path or a message
+    const detail::PredicateFunction* function_ = nullptr;  ///< null for a message
 };
 
 template <class... A>

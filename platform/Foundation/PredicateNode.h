@@ -34,7 +34,7 @@ public:
 protected:
     using Parts = std::vector<Ref<PredicateNode>>;
     /// How tightly the text of a node holds together.
-    enum class Binding : unsigned char { Junction, Truth, Infix, Literal, Operand };
+    enum class Binding : unsigned char { Junction, Truth, Infix, Literal, Path, Operand };
 
     explicit PredicateNode(Parts parts = {}) noexcept : parts_(std::move(parts)), isComplete_(true) {}
     struct FromArchive {};

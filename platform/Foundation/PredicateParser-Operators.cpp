@@ -155,8 +155,7 @@ void PredicateParser::takeIndex(std::size_t position) {
         lexer_ = ahead;
         const auto* const function = PredicateFunction::written(PredicateFunction::Form::Symbol, place);
         Operand list = takeOperand();
-        return push(NSExpression::makeFunction(NSString::stringWithCharacters(function->name), {list.node}),
-                    list.position);
+        return push(NSExpression::makeFunction(*function, {list.node}), list.position);
     }
     open(Kind::Index, position);
 }
@@ -224,7 +223,8 @@ void PredicateParser::reduceLast() {
             const Ref<NSExpression> minusOne =
                 NSExpression::expressionForConstantValue(NSNumber::numberWithInteger(-1).get());
             Parts parts{minusOne, takeExpression()};
-            return push(NSExpression::makeFunction(u"multiply:by:"_ns, std::move(parts)), position);
+            return push(NSExpression::makeFunction(*PredicateFunction::named(u"multiply:by:"), std::move(parts)),
+                        position);
         }
         default:
             return combine(pending);
@@ -281,8 +281,7 @@ void PredicateParser::combine(const Operator& pending) {
     const Ref<NSExpression> left = takeExpression();
     Parts parts{left, right};
     if (pending.function)
-        push(NSExpression::makeFunction(NSString::stringWithCharacters(pending.function->name), std::move(parts)),
-             position);
+        push(NSExpression::makeFunction(*pending.function, std::move(parts)), position);
     else
         push(NSExpression::make(static_cast<NSExpressionType>(pending.type), nullptr, std::move(parts)), position);
 }
@@ -332,7 +331,8 @@ void PredicateParser::close(char16_t sign, std::size_t position) {
 void PredicateParser::closeIndex(Parts parts) {
     const std::size_t position = operands_.back().position;
     parts.insert(parts.begin(), takeExpression());
-    push(NSExpression::makeFunction(u"objectFrom:withIndex:"_ns, std::move(parts)), position);
+    push(NSExpression::makeFunction(*PredicateFunction::written(PredicateFunction::Form::Index, u""), std::move(parts)),
+         position);
 }
 
 void PredicateParser::closeCall(const Operator& call, Parts parts) {
@@ -367,7 +367,7 @@ void PredicateParser::closeCall(const Operator& call, Parts parts) {
     const PredicateFunction* const function = PredicateFunction::named(name);
     if (!function || !function->takes(parts.size()))
         lexer_.fail(position, function ? u"another number of arguments" : u"a function that is known");
-    push(NSExpression::makeFunction(NSString::stringWithCharacters(name), std::move(parts)), position);
+    push(NSExpression::makeFunction(*function, std::move(parts)), position);
 }
 
 }  // namespace tovi::detail

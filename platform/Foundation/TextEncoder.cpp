@@ -95,6 +95,8 @@ void TextEncoder::write(DataBuilder& to, std::u16string_view text) {
         case EncodingForm::Latin1:
             return narrow(text.data(), count, to.extend(count));
         case EncodingForm::UTF8:
+            if (allBelow(text, 0x80))
+                return narrow(text.data(), count, to.extend(count));
             convertToUTF8(text, to.extend(lengthInUTF8(text)));
             return;
         case EncodingForm::UTF16:

@@ -163,9 +163,24 @@ std::size_t findUnits(std::u16string_view text, std::size_t from, const UnitSet&
     }
 }
 
+namespace {
+
+/// Whether one of the 32 units is what `matches` answers all bits for.
+template <class Matches> bool anyOf32(const char16_t* at, Matches matches) noexcept {
+    Units units[4];
+    std::memcpy(units, at, sizeof units);
+    return any(matches(units[0]) | matches(units[1]) | matches(units[2]) | matches(units[3]));
+}
+
+}  // namespace
+
 bool allBelow(std::u16string_view text, char16_t limit) noexcept {
     const Units limits = repeated(limit);
+    const auto isBeyond = [limits](Units units) { return reinterpret_cast<Units>(units >= limits); };
     std::size_t i = 0;
+    for (; text.size() - i >= 32; i += 32)
+        if (anyOf32(text.data() + i, isBeyond))
+            return false;
     for (; text.size() - i >= 8; i += 8) {
         Units units;
         std::memcpy(&units, text.data() + i, sizeof units);
@@ -176,17 +191,14 @@ bool allBelow(std::u16string_view text, char16_t limit) noexcept {
 }
 
 std::size_t findLoneSurrogate(std::u16string_view text) noexcept {
-    const Units mask = repeated(0xF800), surrogate = repeated(0xD800);
+    const Units mask = repeated(0xF800), lowest = repeated(0xD800);
+    const auto isHalf = [mask, lowest](Units units) { return reinterpret_cast<Units>((units & mask) == lowest); };
     for (std::size_t i = 0; i < text.size();) {
-        if (text.size() - i >= 8) {
-            Units units;
-            std::memcpy(&units, text.data() + i, sizeof units);
-            if (!any(reinterpret_cast<Units>((units & mask) == surrogate))) {
-                i += 8;
-                continue;
-            }
+        if (text.size() - i >= 32 && !anyOf32(text.data() + i, isHalf)) {
+            i += 32;
+            continue;
         }
-        for (const std::size_t end = std::min(i + 8, text.size()); i < end; ++i) {
+        for (const std::size_t end = std::min(i + 32, text.size()); i < end; ++i) {
             if (!isSurrogate(text[i]))
                 continue;
             if (!isLead(text[i]) || i + 1 == text.size() || !isTrail(text[i + 1]))

@@ -39,7 +39,7 @@ TEST(NSPredicateFormat, IsWrittenInOneWay) {
         {u"ternary(a == 1 OR b == 2, yes, {}) == nil", "TERNARY(a == 1 OR b == 2, 1, {}) == NIL"},
         {u"function(a.b, 'c:', 1, d) == now()", "FUNCTION(a.b, \"c:\", 1, d) == now()"},
         {u"FUNCTION(a, 'valueForKeyPath:', 'b.c') == FUNCTION(SELF, 'valueForKeyPath:', 'b c')",
-         "a.b.c == FUNCTION(SELF, \"valueForKeyPath:\", \"b c\")"},
+         "(a).b.c == FUNCTION(SELF, \"valueForKeyPath:\", \"b c\")"},
         {u"CAST('nan', 'NSNumber') == cast('1', 'NSNumber')",
          "CAST(\"nan\", \"NSNumber\") == CAST(\"1\", \"NSNumber\")"},
         {u"subquery(a, $x, $x.b == $y).@count > 0", "SUBQUERY(a, $x, $x.b == $y).@count > 0"},
