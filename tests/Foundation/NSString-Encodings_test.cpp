@@ -22,8 +22,8 @@ RefPtr<NSString> decoded(std::string_view bytes, NSUInteger encoding) {
 RefPtr<NSString> decodedInPieces(std::string_view bytes, std::size_t cut, NSUInteger encoding) {
     detail::TextDecoder decoder(numbered(encoding));
     StringBuilder string;
-    const bool valid = decoder.append(string, bytes.substr(0, cut)) & decoder.append(string, bytes.substr(cut));
-    return decoder.finish(string) && valid ? RefPtr<NSString>(string.string()) : nullptr;
+    const bool first = decoder.append(string, bytes.substr(0, cut)), second = decoder.append(string, bytes.substr(cut));
+    return decoder.finish(string) && first && second ? RefPtr<NSString>(string.string()) : nullptr;
 }
 
 struct Row {
