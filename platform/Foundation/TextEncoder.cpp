@@ -105,7 +105,8 @@ void TextEncoder::write(DataBuilder& to, std::u16string_view text) {
             const bool isSwapped =
                 row_.form != EncodingForm::UTF16 && (row_.form == EncodingForm::UTF16BE) == isLittleEndian;
             char* bytes = to.extend(2 * count);
-            std::memcpy(bytes, text.data(), 2 * count);
+            if (count)
+                std::memcpy(bytes, text.data(), 2 * count);
             if (isSwapped)
                 swapPairs(bytes, count);
             return;
