@@ -60,10 +60,12 @@ private:
         std::array<std::byte, 256> bytes;
         for (unsigned i = 0; i < 256; ++i)
             bytes[i] = std::byte(i);
-        for (std::size_t i = 0; i < std::size(preferred); ++i)
-            for (const char16_t unit : NSString::fromBytes(bytes, preferred[i])->view())
+        for (std::size_t i = 0; i < std::size(preferred); ++i) {
+            const Ref<NSString> units = NSString::fromBytes(bytes, preferred[i]);
+            for (const char16_t unit : units->view())
                 if (unit < limit)
                     sets_[unit] = static_cast<Set>(sets_[unit] | 1 << i);
+        }
     }
 
     std::array<Set, limit> sets_{};
