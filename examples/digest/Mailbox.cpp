@@ -74,6 +74,17 @@ Mailbox::Mailbox(const NSString& name, Reader& reader)
       size_(reader.mbox().position()),
       problems_(reader.mbox().problems()) {}
 
+Mailbox::Mailbox(const Mailbox& whole, const NSArray& messages)
+    : name_(whole.name_),
+      messages_(share(messages)),
+      people_(NSSet::setWithArray(arrayByPerformingSelector(messages, "sender"_sel))),
+      size_(whole.size_),
+      problems_(whole.problems_) {}
+
+Ref<Mailbox> Mailbox::selecting(const NSPredicate& predicate) const {
+    return adopt(*new Mailbox(*this, messages_->filteredArrayUsingPredicate(predicate)));
+}
+
 Ref<Mailbox> Mailbox::read(const NSString& name, ByteSource& source, MboxQuoting quoting, const Progress& progress) {
     Reader reader(source, quoting);
     reader.read(progress);

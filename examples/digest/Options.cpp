@@ -76,6 +76,12 @@ Options Options::parse(int count, char* const* arguments) {
             options.prefix = words.value();
         else if (word == "--seed")
             options.seed = words.number<unsigned>(0);
+        else if (word == "--since")
+            options.since = words.number<unsigned>(0);
+        else if (word == "--where")
+            options.where = words.value();
+        else if (word == "--now")
+            options.now = words.value();
         else if (word == "--width")
             options.width = words.number<int>(40);
         else if (word == "--mboxo")
@@ -96,9 +102,18 @@ std::string_view Options::help() {
     return R"(Usage: digest [OPTION...] MAILBOX...
 
 Reads mailboxes (mbox files; "-" is standard input) and prints a digest of them: the
-latest messages, who wrote most, from where, what about, who answered whom, the people
-that mailboxes have in common, subjects with a prefix, and a random sample.
+latest messages by day, a calendar, who wrote most, from where, what about, who answered
+whom, the people that mailboxes have in common, subjects with a prefix, and a random
+sample. Days and times are those of the time zone here (TZ), in the language here (LANG).
 
+  --since N      only messages of today and the N days before
+  --where TEXT   only messages for which the predicate is true, for instance
+                   'sender.name CONTAINS[cd] "zoe" AND date >= $-7_start'
+                   'subject MATCHES ".*[0-9]+.*" AND NOT opening CONTAINS "http"'
+                 A message has number, subject, topic, date, opening, sender.name,
+                 sender.address, messageID, references and notes. $-7_start is the
+                 beginning of the day a week ago, $0_end the end of today.
+  --now TIME     take "2024-03-15" or "2024-03-15 18:30" for the present
   --top N        print at most N rows of each list, 2 N of the outline of domains (10)
   --prefix TEXT  look for subjects that begin with TEXT ("Re:")
   --seed N       another random sample for another number (1)

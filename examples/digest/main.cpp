@@ -5,10 +5,12 @@
 #include <cstdio>
 #include <exception>
 #include <iostream>
+#include <optional>
 
 #include <Report.h>
 #include <terminal/ProgressBar.h>
 #include <terminal/Terminal.h>
+#include <Wording.h>
 
 using namespace digest;
 
@@ -59,6 +61,16 @@ private:
     bool hasTrouble_ = false;
 };
 
+/// The present, where the options name one.
+std::optional<tovi::FixedClock> clockOf(const Options& options) {
+    if (options.now.empty())
+        return std::nullopt;
+    const auto date = dateOfText(tovi::NSString::fromUTF8(options.now));
+    if (!date)
+        throw std::invalid_argument("--now needs a time like \"2024-03-15 18:30\", not \"" + options.now + '"');
+    return std::optional<tovi::FixedClock>(std::in_place, date->timeIntervalSinceReferenceDate());
+}
+
 ExitStatus run(const Options& options) {
     MailboxLoader loader(options);
     const auto mailboxes = loader.load();
@@ -83,6 +95,8 @@ int main(int argc, char** argv) {
             std::cout << Options::help();
             return allWell;
         }
+        const auto clock = clockOf(options);
+        const tovi::ScopedClock scope(clock ? *clock : tovi::Clock::current());
         return run(options);
     } catch (const std::invalid_argument& error) {
         std::cerr << "digest: " << error.what() << "\nTry digest --help.\n";

@@ -61,7 +61,7 @@ void printConversations(const Digest& digest, Page& page) {
         return;
     list->sortConversations();
     const NSUInteger shown = std::min<NSUInteger>(list->numberOfChildren(), digest.options().top);
-    page.heading(u"Conversations", u"the longest first; times are GMT");
+    page.heading(u"Conversations", u"the longest first");
     for (NSUInteger i = 0; i < shown; ++i)
         printConversation(page, static_cast<const Post&>(*list->childAtIndex(i)), digest.options().top);
     page.more(list->numberOfChildren(), shown);

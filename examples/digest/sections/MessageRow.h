@@ -5,7 +5,7 @@
 
 namespace digest {
 
-/// Prints a message as a row: date, "!" where there are notes, sender, subject.
-void printMessageRow(Page& page, const Message& message);
+/// Prints a message as a row: when it came (with something before it), "!" where there are notes, sender, subject.
+void printMessageRow(Page& page, const Message& message, const tovi::NSString& when, std::u16string_view lead = {});
 
 }  // namespace digest

@@ -19,6 +19,15 @@ Ref<NSString> periodText(const NSArray& messages) {
     return u"no dates"_ns;
 }
 
+// Dates as people read them; a cast to something else than a date has no such text.
+Ref<NSString> selectionText(const NSPredicate& selection) {
+    try {
+        return qvlDescription(selection);
+    } catch (const NSException&) {
+        return selection.predicateFormat();
+    }
+}
+
 void printRow(Page& page, int nameColumns, const NSString& name, const NSArray& messages, NSUInteger people,
               NSUInteger size) {
     page.row({{name, nameColumns},
@@ -37,6 +46,8 @@ void printOverview(const Digest& digest, Page& page) {
     nameColumns = std::min(nameColumns, std::max(page.columns() - 69, 8));
 
     page.heading(u"Mailboxes");
+    if (digest.selection())
+        page.paragraph(NSString::stringWithFormat(u"messages where %@", selectionText(*digest.selection()))->view(), 2);
     const auto people = NSMutableSet::set();
     NSUInteger size = 0;
     for (const Mailbox& mailbox : digest.mailboxes().each<Mailbox>()) {

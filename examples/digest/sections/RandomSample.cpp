@@ -17,7 +17,7 @@ void printRandomSample(const Digest& digest, Page& page) {
     page.heading(u"A random sample", NSString::stringWithFormat(u"--seed %u", seed)->view());
     const auto sample = shuffled->subarrayWithRange({0, shown});
     for (const Message& message : sample->each<Message>()) {
-        printMessageRow(page, message);
+        printMessageRow(page, message, minuteText(message.date()));
         if (const auto opening = message.opening(); opening->length() > 0)
             page.aside(opening->view(), 6);
     }

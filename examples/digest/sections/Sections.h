@@ -10,7 +10,8 @@ namespace digest {
 using Section = void(const Digest& digest, Page& page);
 
 Section printOverview;          ///< the mailboxes, how large, from when to when
-Section printLatestMessages;    ///< the end of the list by date
+Section printLatestMessages;    ///< the end of the list by date, under its days
+Section printCalendar;          ///< how many messages a day, in months of weeks
 Section printSenders;           ///< who wrote how many messages
 Section printTopics;            ///< who wrote about what
 Section printConversations;     ///< who answered whom
