@@ -41,11 +41,14 @@ std::vector<std::string> texts(long n) {
 /// Makes trees of n nodes by adding one node after the other, level by level: `add(parent, text)` answers the child.
 template <class Handle, class Text, class Root, class Add>
 Handle grown(const std::vector<Text>& data, long fanOut, Root makeRoot, Add add) {
-    std::vector<Handle> nodes{makeRoot(data[0])};
+    static std::vector<Handle> nodes;  // kept, as a large allocation has malloc tidy up what the last tree left
     nodes.reserve(data.size());
+    nodes.push_back(makeRoot(data[0]));
     for (std::size_t i = 1; i < data.size(); ++i)
         nodes.push_back(add(nodes[(i - 1) / static_cast<std::size_t>(fanOut)], data[i]));
-    return nodes[0];
+    Handle root = nodes[0];
+    nodes.clear();
+    return root;
 }
 
 // --- The kit ---------------------------------------------------------------------------------------------------------
