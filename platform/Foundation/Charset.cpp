@@ -11,11 +11,18 @@ namespace tovi::detail {
 
 namespace {
 
+/// Stops at what is not valid. Shifts with nothing between, of which joined lines and words are full, pass.
+void stopAtInvalid(const void*, UConverterToUnicodeArgs*, const char*, int32_t, UConverterCallbackReason reason,
+                   UErrorCode* error) {
+    if (reason == UCNV_IRREGULAR)
+        *error = U_ZERO_ERROR;
+}
+
 Converter opened(const EncodingRow& row) {
     UErrorCode error = U_ZERO_ERROR;
     Converter converter(ucnv_open(row.converter, &error), ucnv_close);
     ucnv_setFallback(converter.get(), false);
-    ucnv_setToUCallBack(converter.get(), UCNV_TO_U_CALLBACK_STOP, nullptr, nullptr, nullptr, &error);
+    ucnv_setToUCallBack(converter.get(), stopAtInvalid, nullptr, nullptr, nullptr, &error);
     ucnv_setFromUCallBack(converter.get(), UCNV_FROM_U_CALLBACK_STOP, nullptr, nullptr, nullptr, &error);
     if (U_FAILURE(error))
         throw std::bad_alloc();

@@ -196,6 +196,26 @@ TEST(NSStringEncodings, InvalidBytesGiveNilOrAreReplacedAndCounted) {
     EXPECT_FALSE(text(u"")->canBeConvertedToEncoding(numbered(2)));
 }
 
+TEST(NSStringEncodings, ShiftsWithNothingBetweenMeanNothing) {
+    for (const Row& row : {
+             Row{21, u"a\u65E5\u672Cb\u65E5", "a\x1B$BF|\x1B(B\x1B$BK\\\x1B(B\x1B(Bb\x1B$B\x1B(J\x1B$BF|\x1B(B"},
+             Row{21, u"", "\x1B$B\x1B(B"},
+             Row{0x80000830, u"\u4E2D\u4E2D", "\x1B$)A\x0EVP\x0F\x0E\x0F\x0EVP\x0F"},
+             Row{0x80000840, u"\uD55C\uAE00", "\x1B$)C\x0EGQ\x0F\x0E\x0F\x0E\x31[\x0F"},
+             Row{0x80000A05, u"\u4E2D\u6587a", "~{VP~}~{~}~{ND~}a~{~}"},
+         }) {
+        NSUInteger replaced = 0;
+        const auto lenient =
+            NSString::fromBytes(std::as_bytes(std::span(row.bytes)), numbered(row.encoding), &replaced);
+        EXPECT_EQ(*lenient, row.text) << lenient->UTF8String();
+        EXPECT_EQ(replaced, 0U);
+        for (std::size_t cut = 0; cut <= row.bytes.size(); ++cut) {
+            const auto again = decodedInPieces(row.bytes, cut, row.encoding);
+            EXPECT_TRUE(again && *again == row.text) << "cut after " << cut;
+        }
+    }
+}
+
 TEST(NSStringEncodings, LossTakesTheNearestCharacters) {
     const auto lossy = [](std::u16string_view units, NSUInteger encoding) {
         const auto data = text(units)->dataUsingEncoding_allowLossyConversion(numbered(encoding), true);
