@@ -12,7 +12,7 @@ namespace {
 // The steps are the same for one byte and for a vector of them; all of it is modulo 256.
 
 SixteenBytes digitsOf(SixteenBytes nibbles) noexcept {
-    return nibbles + '0' + (reinterpret_cast<SixteenBytes>(nibbles > 9) & ('a' - '0' - 10));
+    return nibbles + '0' + (bytesWhere(nibbles > 9) & ('a' - '0' - 10));
 }
 
 char16_t digitOf(unsigned nibble) noexcept { return u"0123456789abcdef"[nibble]; }
@@ -20,7 +20,7 @@ char16_t digitOf(unsigned nibble) noexcept { return u"0123456789abcdef"[nibble];
 /// The bytes of eight pairs. A pair is a 16-bit number here.
 EightUnits bytesOf(SixteenBytes characters) noexcept {
     constexpr int first = std::endian::native == std::endian::little ? 0 : 8, second = 8 - first;
-    const auto noDigits = reinterpret_cast<SixteenBytes>(static_cast<SixteenBytes>(characters - '0') > 9);
+    const SixteenBytes noDigits = bytesWhere(static_cast<SixteenBytes>(characters - '0') > 9);
     const auto pairs = reinterpret_cast<EightUnits>(characters), others = reinterpret_cast<EightUnits>(noDigits);
     const EightUnits high = pairs >> first & 0xFF, low = pairs >> second & 0xFF;
     return (high << 4) - (others >> first & 112) + low - '0' - (others >> second & (87 - '0'));
@@ -59,9 +59,7 @@ bool readHexDigits(const char16_t* digits, std::size_t pairs, std::byte* to) noe
         const auto bytes = __builtin_convertvector(bytesOf(narrowed(digits)), EightBytes);
         std::memcpy(to, &bytes, sizeof bytes);
     }
-    unsigned all = 0;
-    for (int i = 0; i < 8; ++i)
-        all |= seen[i];
+    unsigned all = allBits(seen);
     for (; pairs; --pairs, digits += 2) {
         all |= unsigned(digits[0]) | digits[1];
         *to++ = static_cast<std::byte>(byteOf(digits[0], digits[1]));

@@ -1,7 +1,6 @@
 #include <ToviFoundationKit/Extensions/NSString-QuotedPrintable.h>
 
 #include <array>
-#include <bit>
 #include <cstdint>
 #include <cstring>
 
@@ -23,18 +22,13 @@ struct Block {
     explicit Block(const char16_t* units) noexcept
         : seen(detail::loaded<detail::EightUnits>(units) | detail::loaded<detail::EightUnits>(units + 8)) {
         const detail::SixteenBytes characters = detail::narrowed(units);
-        const auto isEscape = reinterpret_cast<detail::SixteenBytes>(characters == '=');
-        const auto isBlank = reinterpret_cast<detail::SixteenBytes>(characters == '_');
-        bytes = characters ^ (isBlank & ('_' ^ ' '));
+        bytes = characters ^ (detail::bytesWhere(characters == '_') & ('_' ^ ' '));
         // Four bits for each byte.
-        const auto nibbles = reinterpret_cast<detail::EightUnits>(isEscape) >> 4;
+        const detail::EightUnits nibbles = detail::unitsWhere(characters == '=') >> 4;
         escapes = reinterpret_cast<std::uint64_t>(__builtin_convertvector(nibbles, detail::EightBytes));
     }
     /// How many bytes lie before the first "=", where there is one.
-    std::size_t plainLength() const noexcept {
-        constexpr bool little = std::endian::native == std::endian::little;
-        return static_cast<std::size_t>(little ? std::countr_zero(escapes) : std::countl_zero(escapes)) / 4;
-    }
+    std::size_t plainLength() const noexcept { return detail::partsBefore(escapes, 4); }
 
     detail::EightUnits seen;  ///< all bits of the characters
     detail::SixteenBytes bytes;
@@ -102,12 +96,7 @@ struct Cursor {
         from += 3;
     }
 
-    bool hasSeenASCIIOnly() const noexcept {
-        unsigned all = seen;
-        for (int i = 0; i < 8; ++i)
-            all |= seenInBlocks[i];
-        return all < 0x80;
-    }
+    bool hasSeenASCIIOnly() const noexcept { return (seen | detail::allBits(seenInBlocks)) < 0x80; }
 
     const char16_t* from;
     const char16_t* end;

@@ -10,6 +10,7 @@
 #include <ToviFoundationKit/Runtime/NumberText_p.h>
 #include <ToviFoundationKit/Runtime/StringBuilder.h>
 #include <ToviFoundationKit/Runtime/UnitSearch_p.h>
+#include <ToviFoundationKit/Runtime/UnitVector_p.h>
 
 namespace tovi {
 inline namespace XMLEntities {
@@ -222,40 +223,28 @@ constexpr auto escapes = [] {
 
 constexpr bool isSpecial(char16_t unit) { return unit < escapes.size() && escapes[unit].length; }
 
-// Eight units at a time.
-
-using Units __attribute__((vector_size(16))) = std::uint16_t;
-using Words __attribute__((vector_size(16))) = std::uint64_t;
-
-constexpr Units repeated(std::uint16_t u) { return Units{u, u, u, u, u, u, u, u}; }
-
-Units unitsAt(const char16_t* at) {
-    Units units;
-    std::memcpy(&units, at, sizeof units);
-    return units;
-}
+using detail::any;
+using detail::EightUnits;
+using detail::loaded;
+using detail::repeated;
+using detail::unitsWhere;
 
 /// All bits of each unit that is special.
-Units specialIn(Units units) {
+EightUnits specialIn(EightUnits units) {
     const auto ampersandOrApostrophe = (units & repeated(0xFFFE)) == repeated(u'&');
     const auto lessOrGreater = (units & repeated(0xFFFD)) == repeated(u'<');
-    return reinterpret_cast<Units>(ampersandOrApostrophe | lessOrGreater | (units == repeated(u'"')));
-}
-
-bool any(Units matches) {
-    const auto words = reinterpret_cast<Words>(matches);
-    return words[0] | words[1];
+    return unitsWhere(ampersandOrApostrophe | lessOrGreater | (units == repeated(u'"')));
 }
 
 /// The first special unit from there on, or the text's length.
 std::size_t findSpecial(std::u16string_view text, std::size_t from) {
     const char16_t* const units = text.data();
     for (; text.size() - from >= 32; from += 32) {
-        const auto inEight = [&](std::size_t i) { return specialIn(unitsAt(units + from + 8 * i)); };
+        const auto inEight = [&](std::size_t i) { return specialIn(loaded<EightUnits>(units + from + 8 * i)); };
         if (any((inEight(0) | inEight(1)) | (inEight(2) | inEight(3))))
             break;
     }
-    while (text.size() - from >= 8 && !any(specialIn(unitsAt(units + from))))
+    while (text.size() - from >= 8 && !any(specialIn(loaded<EightUnits>(units + from))))
         from += 8;
     while (from < text.size() && !isSpecial(text[from]))
         ++from;
@@ -266,11 +255,11 @@ std::size_t findSpecial(std::u16string_view text, std::size_t from) {
 std::size_t growth(std::u16string_view text) {
     std::size_t total = 0, i = 0;
     while (text.size() - i >= 8) {
-        Units sums{};
+        EightUnits sums{};
         // A sum grows by 5 at most.
         for (const std::size_t end = i + std::min<std::size_t>((text.size() - i) / 8, 10'000) * 8; i < end; i += 8) {
-            const Units units = unitsAt(text.data() + i);
-            const auto where = [units](char16_t unit) { return reinterpret_cast<Units>(units == repeated(unit)); };
+            const auto units = loaded<EightUnits>(text.data() + i);
+            const auto where = [units](char16_t unit) { return unitsWhere(units == repeated(unit)); };
             sums += (specialIn(units) & repeated(3)) + (where(u'&') & repeated(1)) +
                     ((where(u'\'') | where(u'"')) & repeated(2));
         }

@@ -3,10 +3,10 @@
 #include <array>
 #include <bit>
 #include <cstdint>
-#include <cstring>
-#include <vector>
 
+#include <ToviFoundationKit/Runtime/SteadyMatcher_p.h>
 #include <ToviFoundationKit/Runtime/Unicode_p.h>
+#include <ToviFoundationKit/Runtime/UnitVector_p.h>
 
 namespace tovi::detail {
 
@@ -14,13 +14,7 @@ namespace {
 
 constexpr auto npos = std::u16string_view::npos;
 
-// Sixteen units at a time.
-
-using Units __attribute__((vector_size(16))) = std::uint16_t;
-using Words __attribute__((vector_size(16))) = std::uint64_t;
-
-Units repeated(std::uint16_t u) noexcept { return Units{u, u, u, u, u, u, u, u}; }
-
+/// Looks for the units of a set, eight units of text at a time.
 template <std::size_t n> class Matcher {
 public:
     explicit Matcher(const UnitSet& set) noexcept {
@@ -28,39 +22,22 @@ public:
             wanted_[i] = repeated(set.at(i));
     }
     /// All bits of each unit that is wanted.
-    Units matches(const char16_t* at) const noexcept {
-        Units units;
-        std::memcpy(&units, at, sizeof units);
-        auto result = reinterpret_cast<Units>(units == wanted_[0]);
+    EightUnits matches(const char16_t* at) const noexcept {
+        const auto units = loaded<EightUnits>(at);
+        EightUnits result = unitsWhere(units == wanted_[0]);
         for (std::size_t i = 1; i < n; ++i)
-            result |= reinterpret_cast<Units>(units == wanted_[i]);
+            result |= unitsWhere(units == wanted_[i]);
         return result;
     }
 
 private:
-    Units wanted_[n];
+    EightUnits wanted_[n];
 };
 template <> class Matcher<0> {
 public:
     explicit Matcher(const UnitSet&) noexcept {}
-    Units matches(const char16_t*) const noexcept { return repeated(0xFFFF); }
+    EightUnits matches(const char16_t*) const noexcept { return repeated(0xFFFF); }
 };
-
-bool any(Units matches) noexcept {
-    const auto words = reinterpret_cast<Words>(matches);
-    return words[0] | words[1];
-}
-
-/// How many units lie in memory before the first that has a bit set.
-std::size_t unitsBefore(std::uint64_t word) noexcept {
-    constexpr bool little = std::endian::native == std::endian::little;
-    return static_cast<std::size_t>(little ? std::countr_zero(word) : std::countl_zero(word)) / 16;
-}
-
-std::size_t indexOfFirst(Units matches) noexcept {
-    const auto words = reinterpret_cast<Words>(matches);
-    return words[0] ? unitsBefore(words[0]) : 4 + unitsBefore(words[1]);
-}
 
 template <std::size_t n, std::size_t m> std::size_t findInBulk(std::u16string_view text, std::size_t from,
                                                                const UnitSet& units, const UnitSet& others,
@@ -71,7 +48,7 @@ template <std::size_t n, std::size_t m> std::size_t findInBulk(std::u16string_vi
     const std::size_t reach = 16 + (m ? distance : 0);
     while (text.size() - from >= reach) {
         const char16_t* at = text.data() + from;
-        const Units low = matches(at), high = matches(at + 8);
+        const EightUnits low = matches(at), high = matches(at + 8);
         if (any(low | high))
             return from + (any(low) ? indexOfFirst(low) : 8 + indexOfFirst(high));
         from += 16;
@@ -108,32 +85,22 @@ template <std::size_t n> std::size_t findWithOthers(std::u16string_view text, st
 std::size_t equalLength(const char16_t* a, const char16_t* b, std::size_t length) noexcept {
     std::size_t i = 0;
     for (; length - i >= 4; i += 4) {
-        std::uint64_t x = 0, y = 0;
-        std::memcpy(&x, a + i, sizeof x);
-        std::memcpy(&y, b + i, sizeof y);
-        if (x != y)
-            return i + unitsBefore(x ^ y);
+        const std::uint64_t difference = wordAt(a + i) ^ wordAt(b + i);
+        if (difference)
+            return i + unitsBefore(difference);
     }
     while (i < length && a[i] == b[i])
         ++i;
     return i;
 }
 
-/// The search that never looks at a unit of the text twice (Knuth, Morris and Pratt). Reads both through iterators, so
-/// that it searches backwards too; answers how many units lie before the match.
+/// The search that never looks at a unit of the text twice, in either direction: answers how many units lie before the
+/// match.
 template <class Iterator>
 std::size_t findWithoutRetreat(Iterator text, std::size_t length, Iterator searched, std::size_t count) {
-    std::vector<std::size_t> retry(count + 1);
-    for (std::size_t i = 1, matched = 0; i < count; ++i) {
-        while (matched && searched[std::ptrdiff_t(i)] != searched[std::ptrdiff_t(matched)])
-            matched = retry[matched];
-        matched += searched[std::ptrdiff_t(i)] == searched[std::ptrdiff_t(matched)];
-        retry[i + 1] = matched;
-    }
+    const SteadyMatcher matcher(searched, count);
     for (std::size_t i = 0, matched = 0; i < length; ++i) {
-        while (matched && text[std::ptrdiff_t(i)] != searched[std::ptrdiff_t(matched)])
-            matched = retry[matched];
-        matched += text[std::ptrdiff_t(i)] == searched[std::ptrdiff_t(matched)];
+        matched = matcher.next(matched, text[static_cast<std::ptrdiff_t>(i)]);
         if (matched == count)
             return i + 1 - count;
     }
@@ -167,32 +134,28 @@ namespace {
 
 /// Whether one of the 32 units is what `matches` answers all bits for.
 template <class Matches> bool anyOf32(const char16_t* at, Matches matches) noexcept {
-    Units units[4];
-    std::memcpy(units, at, sizeof units);
-    return any(matches(units[0]) | matches(units[1]) | matches(units[2]) | matches(units[3]));
+    const auto inEight = [=](std::size_t i) { return matches(loaded<EightUnits>(at + 8 * i)); };
+    return any(inEight(0) | inEight(1) | inEight(2) | inEight(3));
 }
 
 }  // namespace
 
 bool allBelow(std::u16string_view text, char16_t limit) noexcept {
-    const Units limits = repeated(limit);
-    const auto isBeyond = [limits](Units units) { return reinterpret_cast<Units>(units >= limits); };
+    const EightUnits limits = repeated(limit);
+    const auto isBeyond = [limits](EightUnits units) { return unitsWhere(units >= limits); };
     std::size_t i = 0;
     for (; text.size() - i >= 32; i += 32)
         if (anyOf32(text.data() + i, isBeyond))
             return false;
-    for (; text.size() - i >= 8; i += 8) {
-        Units units;
-        std::memcpy(&units, text.data() + i, sizeof units);
-        if (any(reinterpret_cast<Units>(units >= limits)))
+    for (; text.size() - i >= 8; i += 8)
+        if (any(isBeyond(loaded<EightUnits>(text.data() + i))))
             return false;
-    }
     return std::all_of(text.begin() + std::ptrdiff_t(i), text.end(), [limit](char16_t unit) { return unit < limit; });
 }
 
 std::size_t findLoneSurrogate(std::u16string_view text) noexcept {
-    const Units mask = repeated(0xF800), lowest = repeated(0xD800);
-    const auto isHalf = [mask, lowest](Units units) { return reinterpret_cast<Units>((units & mask) == lowest); };
+    const EightUnits mask = repeated(0xF800), lowest = repeated(0xD800);
+    const auto isHalf = [mask, lowest](EightUnits units) { return unitsWhere((units & mask) == lowest); };
     for (std::size_t i = 0; i < text.size();) {
         if (text.size() - i >= 32 && !anyOf32(text.data() + i, isHalf)) {
             i += 32;
@@ -240,7 +203,7 @@ std::size_t findAllLiterally(std::u16string_view text, std::size_t from, std::u1
     std::size_t found = 0, next = from, at = from, spent = 0;
     for (; text.size() >= at + 8 + last && spent <= 4 * (at - from) + slack; at += 8) {
         const auto candidates =
-            reinterpret_cast<Words>(firstUnit.matches(text.data() + at) & lastUnit.matches(text.data() + at + last));
+            reinterpret_cast<TwoWords>(firstUnit.matches(text.data() + at) & lastUnit.matches(text.data() + at + last));
         for (std::size_t half = 0; half < 2; ++half) {
             for (std::uint64_t word = candidates[half]; word;) {
                 const std::size_t unit = unitsBefore(word), place = at + 4 * half + unit;

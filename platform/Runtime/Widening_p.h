@@ -2,30 +2,18 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstdint>
 #include <cstring>
 #include <utility>
+
+#include <ToviFoundationKit/Runtime/UnitVector_p.h>
 
 namespace tovi::detail {
 
 // Bytes to code units and back, sixteen at a time.
 
-using EightBytes __attribute__((vector_size(8))) = unsigned char;
-using EightUnits __attribute__((vector_size(16))) = std::uint16_t;
-using SixteenBytes __attribute__((vector_size(16))) = unsigned char;
-using SixteenUnits __attribute__((vector_size(32))) = std::uint16_t;
-
-template <class Vector> Vector loaded(const void* from) noexcept {
-    Vector vector;
-    std::memcpy(&vector, from, sizeof vector);
-    return vector;
-}
-
-inline std::uint64_t wordAt(const void* from) noexcept { return loaded<std::uint64_t>(from); }
-
 /// The lower halves of sixteen units.
 inline SixteenBytes narrowed(const char16_t* from) noexcept {
-    SixteenUnits units;
+    SixteenUnits units;  // too long for some machines to be the result of a function
     std::memcpy(&units, from, sizeof units);
     return __builtin_convertvector(units, SixteenBytes);
 }
