@@ -18,6 +18,23 @@ std::size_t findDelimiter(std::u16string_view text, std::size_t from, std::u16st
     return found == npos ? npos : from + found;
 }
 
+/// `end` is shorter than the delimiter.
+bool JoiningDelimiter::mayGoOn(std::u16string_view end, Pieces following) const noexcept {
+    std::size_t matched = 0, passed = 0;
+    for (const char16_t unit : end)
+        matched = matcher_.next(matched, unit);
+    for (const std::u16string_view piece : following.texts)
+        for (const char16_t unit : piece) {
+            if (matched <= passed)  // nothing that the text ends with goes on
+                return false;
+            ++passed;
+            matched = matcher_.next(matched, unit);
+            if (matched == delimiter_.size())
+                return true;
+        }
+    return !following.isAll && matched > passed;
+}
+
 bool FoundPieces::mayEndWithOne(std::u16string_view piece, std::u16string_view opening) {
     if (pieces_.empty())
         return false;

@@ -1,7 +1,6 @@
 #include <ToviFoundationKit/Extensions/NSMutableString-QVLAdditions.h>
 
 #include <algorithm>
-#include <span>
 
 #include <ToviFoundationKit/Extensions/DelimiterPattern_p.h>
 #include <ToviFoundationKit/Runtime/Additions.h>
@@ -25,31 +24,6 @@ namespace {
 
 constexpr auto npos = std::u16string_view::npos;
 
-/// Texts one after the other, and whether nothing follows them.
-struct Pieces {
-    std::span<const std::u16string_view> texts;
-    bool isAll;
-};
-
-/// Whether the pieces begin with the text, as far as they are known.
-bool mayBeginWith(Pieces pieces, std::u16string_view text) {
-    for (const std::u16string_view piece : pieces.texts) {
-        const std::size_t count = std::min(piece.size(), text.size());
-        if (piece.substr(0, count) != text.substr(0, count))
-            return false;
-        text.remove_prefix(count);
-    }
-    return text.empty() || !pieces.isAll;
-}
-
-/// Whether a delimiter may come into being across the end of a text that others follow now.
-bool mayJoin(std::u16string_view text, Pieces following, std::u16string_view delimiter) {
-    for (std::size_t count = 1; count < delimiter.size() && count <= text.size(); ++count)
-        if (text.ends_with(delimiter.substr(0, count)) && mayBeginWith(following, delimiter.substr(count)))
-            return true;
-    return false;
-}
-
 /// What stands between delimiters, with these.
 struct Stretch {
     std::size_t start = 0;  ///< of the opening delimiter
@@ -65,7 +39,13 @@ public:
     enum class Outcome { Done, Unclosed, GaveUp };
 
     OnePass(std::u16string_view text, const detail::Delimiters& from, const detail::Delimiters& to)
-        : text_(text), from_(from), to_(to), sameDelimiters_(from.opening == from.closing), found_(8 * text.size()) {}
+        : text_(text),
+          from_(from),
+          to_(to),
+          sameDelimiters_(from.opening == from.closing),
+          opening_(from.opening),
+          closing_(from.closing),
+          found_(8 * text.size()) {}
 
     Outcome run();
     /// The text rewritten so far, and the rest.
@@ -82,7 +62,7 @@ private:
         return detail::findDelimiter(text, 0, from_.opening) != npos ||
                detail::findDelimiter(text, 0, from_.closing) != npos;
     }
-    bool mayJoin(std::u16string_view before, Pieces rewritten) const;
+    bool mayJoin(std::u16string_view before, detail::Pieces rewritten) const;
     bool findStretch(Stretch& stretch);
     bool isIndependent(const Stretch& stretch);
     /// Where both delimiters are the same, what is between two stretches looks like one.
@@ -96,6 +76,7 @@ private:
     std::u16string_view text_;
     detail::Delimiters from_, to_;
     bool sameDelimiters_;
+    detail::JoiningDelimiter opening_, closing_;
     detail::FoundPieces found_;
     StringBuilder out_;
     std::size_t written_ = 0;      ///< how much of the text is in `out_`
@@ -129,12 +110,11 @@ bool OnePass::findStretch(Stretch& stretch) {
 }
 
 /// Whether a delimiter may come into being where the new delimiters, the content between them and the text around meet.
-bool OnePass::mayJoin(std::u16string_view before, Pieces rewritten) const {
+bool OnePass::mayJoin(std::u16string_view before, detail::Pieces rewritten) const {
     for (std::size_t i = 0; i <= 3; ++i) {
         const std::u16string_view text = i ? rewritten.texts[i - 1] : before;
-        const Pieces following{rewritten.texts.subspan(i), rewritten.isAll};
-        if (QVLAdditions::mayJoin(text, following, from_.opening) ||
-            QVLAdditions::mayJoin(text, following, from_.closing))
+        const detail::Pieces following{rewritten.texts.subspan(i), rewritten.isAll};
+        if (opening_.mayJoin(text, following) || closing_.mayJoin(text, following))
             return true;
     }
     return false;

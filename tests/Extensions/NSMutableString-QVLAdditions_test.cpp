@@ -89,9 +89,10 @@ TEST(MutableStringAdditions, rewriteDelimiters) {
 
 TEST(MutableStringAdditions, rewriteAsStepByStep) {
     const std::pair<std::u16string, std::u16string> rules[] = {
-        {u"[*]", u"(*)"},  {u"[*]", u"*"},   {u"[*]", u"]*["},  {u"[*]", u"[*"},   {u"[*]", u"a*a"}, {u"a*a", u"*"},
-        {u"aa*a", u"[*]"}, {u"a[*]a", u"*"}, {u"[*]a", u"*a"},  {u"[[*]]", u"*"},  {u"[a*]", u"a*"}, {u"[[*[[", u"(*"},
-        {u"a[*a[", u"*a"}, {u"[*[", u"a*"},  {u"[]*[]", u"*["}, {u"a*[", u"*]a[["}};
+        {u"[*]", u"(*)"},   {u"[*]", u"*"},    {u"[*]", u"]*["},  {u"[*]", u"[*"},  {u"[*]", u"a*a"},
+        {u"a*a", u"*"},     {u"aa*a", u"[*]"}, {u"a[*]a", u"*"},  {u"[*]a", u"*a"}, {u"[[*]]", u"*"},
+        {u"[a*]", u"a*"},   {u"[[*[[", u"(*"}, {u"a[*a[", u"*a"}, {u"[*[", u"a*"},  {u"[]*[]", u"*["},
+        {u"a*[", u"*]a[["}, {u"[a[*]", u"*"},  {u"aa*]a]", u"[*"}};
     for (const std::u16string& receiver : allTexts(u"[]a", 8))
         for (const auto& [pattern, replacement] : rules)
             ASSERT_EQ(tryRewriting(receiver, pattern, replacement), rewrittenStepByStep(receiver, pattern, replacement))
@@ -129,6 +130,8 @@ TEST(MutableStringAdditions, takeLinearTimeOnHostileTexts) {
     EXPECT_EQ(rewritten(distinct, u"<b>*</b>", u"*").text.size(), 300'000U);
     EXPECT_EQ(flattenHTML_trimWhiteSpace(text(distinct), true)->length(), 400'000U - 2);
     EXPECT_EQ(flattenHTML_trimWhiteSpace(text(std::u16string(million, u'<') + u'>'), false), u" ");
+    const std::u16string half(million / 2, u'a');
+    EXPECT_EQ(rewritten(half + half + u"bxc", half + u"b*c", u"*").text, half + u'x');
     std::u16string quoted, tags;
     for (char16_t i = 0; i < 20'000; ++i) {
         quoted += std::u16string{u'"', char16_t(0x4E00 + i), u'"', u' '};
