@@ -2,13 +2,12 @@
 
 #include <gtest/gtest.h>
 
-#include "../support/PatternSteps.h"
+#include <support/PatternSteps.h>
+#include <support/Text.h>
 
 using namespace tovi;
 
 namespace {
-
-Ref<NSString> text(std::u16string_view units) { return NSString::stringWithCharacters(units); }
 
 /// Nothing when that was refused.
 std::optional<Rewritten> tryRewriting(std::u16string_view receiver, std::u16string_view pattern,

@@ -3,18 +3,13 @@
 #include <ToviFoundationKit/ToviFoundationKit.h>
 
 #include <support/Expect.h>
+#include <support/Text.h>
 
 using namespace tovi;
 using namespace std::string_literals;
 using namespace std::string_view_literals;
 
 namespace {
-
-Ref<NSString> text(std::u16string_view units) { return NSString::stringWithCharacters(units); }
-Ref<NSData> made(std::string_view bytes) { return NSData::dataWithBytes(std::as_bytes(std::span(bytes))); }
-std::string_view view(const NSData& data) {
-    return {reinterpret_cast<const char*>(data.bytes().data()), data.bytes().size()};
-}
 
 /// The byte of two characters, step by step.
 unsigned char byteOf(unsigned char c, unsigned char d) {

@@ -2,11 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <support/Text.h>
+
 using namespace tovi;
 
 namespace {
-
-Ref<NSString> text(std::u16string_view units) { return NSString::stringWithCharacters(units); }
 
 /// What was found, joined by "|"; "nil" for nil.
 std::string found(std::u16string_view receiver, std::u16string_view pattern) {

@@ -3,16 +3,13 @@
 #include <ToviFoundationKit/Foundation/TextDecoder_p.h>
 #include <ToviFoundationKit/ToviFoundationKit.h>
 
+#include <support/Text.h>
+
 using namespace tovi;
 using namespace std::string_view_literals;
 
 namespace {
 
-Ref<NSString> text(std::u16string_view units) { return NSString::stringWithCharacters(units); }
-Ref<NSData> made(std::string_view bytes) { return NSData::dataWithBytes(std::as_bytes(std::span(bytes))); }
-std::string_view view(const NSData& data) {
-    return {reinterpret_cast<const char*>(data.bytes().data()), data.bytes().size()};
-}
 NSStringEncoding numbered(NSUInteger number) { return static_cast<NSStringEncoding>(number); }
 RefPtr<NSString> decoded(std::string_view bytes, NSUInteger encoding) {
     return NSString::initWithData_encoding(made(bytes), numbered(encoding));
