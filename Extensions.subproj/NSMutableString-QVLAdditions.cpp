@@ -97,7 +97,7 @@ bool OnePass::findStretch(Stretch& stretch) {
     stretch.end = stretch.contentEnd + from_.closing.size();
     for (std::size_t next = stretch.start;;) {
         next = detail::findDelimiter(text_, next + 1, from_.opening);
-        if (next == stretch.contentEnd)  // both delimiters are the same
+        if (sameDelimiters_ && next == stretch.contentEnd)
             continue;
         if (next == npos || next >= stretch.end) {
             nextOpening_ = next;

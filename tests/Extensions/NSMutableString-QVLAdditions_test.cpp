@@ -82,6 +82,7 @@ TEST(MutableStringAdditions, rewriteDelimiters) {
     EXPECT_EQ(rewritten(u"[1] [2", u"[*]", u"<*>"), (Rewritten{u"<1> [2", true}));
     EXPECT_EQ(rewritten(u"[1][", u"[*]", u"<*>"), (Rewritten{u"<1>["}));
     EXPECT_EQ(rewritten(u"a[1]", u"[*", u"<*>"), (Rewritten{u"a[1]", true}));
+    EXPECT_EQ(rewritten(u"abaabbaba", u"ab*a", u"x*"), (Rewritten{u"xabbx", true})) << "the last aba goes first";
     EXPECT_EQ(rewritten(u"", u"[*]", u"x").text, u"");
     EXPECT_EQ(rewritten(u"a", u"[*]", u"x").text, u"a");
 }
