@@ -3,6 +3,7 @@
 #include <bit>
 #include <cstring>
 
+#include <ToviFoundationKit/Runtime/UnitVector_p.h>
 #include <ToviFoundationKit/Runtime/Widening_p.h>
 
 namespace tovi::detail {

@@ -104,8 +104,7 @@ Tag nextTag(std::u16string_view html, std::size_t from) {
 RefPtr<NSString> withoutTagsAtOnce(std::u16string_view html) {
     detail::FoundPieces found(8 * html.size());
     StringBuilder out;
-    out.extend(html.size());
-    out.truncate(0);
+    out.reserve(html.size());
     for (std::size_t from = 0;;) {
         const Tag tag = nextTag(html, from);
         if (!tag.isClosed) {

@@ -8,6 +8,7 @@
 #include <ToviFoundationKit/Foundation/TextDecoder_p.h>
 #include <ToviFoundationKit/Runtime/Additions.h>
 #include <ToviFoundationKit/Runtime/UnitSearch_p.h>
+#include <ToviFoundationKit/Runtime/UnitVector_p.h>
 #include <ToviFoundationKit/Runtime/Widening_p.h>
 
 namespace tovi {
@@ -142,8 +143,7 @@ RefPtr<NSString> decodeQuotedPrintableString_encoding(const NSString& text, NSSt
     Unescaper unescaper(text);
     detail::TextDecoder decoder(encoding);
     StringBuilder decoded;
-    decoded.extend(text.length());
-    decoded.truncate(0);
+    decoded.reserve(text.length());
     bool valid = true;
     for (std::string_view bytes; valid && !(bytes = unescaper.next()).empty();)
         valid = decoder.append(decoded, bytes);

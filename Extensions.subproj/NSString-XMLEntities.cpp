@@ -168,8 +168,7 @@ Ref<NSString> stringByDecodingXMLEntities(const NSString& receiver) {
     if (next == npos)
         return NSString::stringWithString(receiver);
     StringBuilder out;
-    out.extend(text.size());  // no reference is shorter than what it stands for
-    out.truncate(0);
+    out.reserve(text.size());  // no reference is shorter than what it stands for
     for (std::size_t from = 0;; next = detail::findUnits(text, from, ampersand)) {
         next = std::min(next, text.size());
         out.append(text.substr(from, next - from));

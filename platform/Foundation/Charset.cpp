@@ -35,7 +35,7 @@ Converter opened(const EncodingRow& row) {
 class CharsetCache {
 public:
     template <class Charset> static const Charset& get(const EncodingRow& row) {
-        static std::atomic<const Charset*> made[128];
+        static std::atomic<const Charset*> made[mostEncodings];
         auto& place = made[&row - encodingRows().data()];
         const Charset* charset = place.load(std::memory_order_acquire);
         if (!charset) {

@@ -101,6 +101,7 @@ constexpr EncodingRow rows[] = {
     row(0x1C000100, UTF32LE, "UTF-32LE", "utf-32le"),
 };
 static_assert(std::ranges::is_sorted(rows, {}, &EncodingRow::charset));
+static_assert(std::size(rows) < mostEncodings);
 
 constexpr auto available = [] {
     std::array<NSStringEncoding, std::size(rows)> result{};

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
 
@@ -33,6 +34,9 @@ struct EncodingRow {
     const char* converter;  ///< of ICU, for the conversion or just the aliases; null when it has none
     const char* name;       ///< IANA's preferred one, in lower case; null when it has none
 };
+
+/// There are fewer.
+inline constexpr std::size_t mostEncodings = 128;
 
 /// All that are known, by character set identifier.
 std::span<const EncodingRow> encodingRows() noexcept;

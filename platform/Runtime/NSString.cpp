@@ -90,8 +90,7 @@ Ref<NSString> NSString::substringWithRange(NSRange range) const {
 
 Ref<NSString> NSString::stringByAppendingString(const NSString& suffix) const {
     StringBuilder text;
-    text.extend(length_ + suffix.length_);
-    text.truncate(0);
+    text.reserve(length_ + suffix.length_);
     return text.append(*this).append(suffix).string();
 }
 

@@ -28,10 +28,14 @@ public:
     /// Bytes that are not UTF-8 become U+FFFD, one for each maximal ill-formed subsequence.
     StringBuilder& appendUTF8(std::string_view bytes);
 
-    /// Appends so many units, to be written by the caller at once.
-    char16_t* extend(NSUInteger count) {
+    /// Makes room for so many units more.
+    void reserve(NSUInteger count) {
         if (count > capacity_ - length_) [[unlikely]]
             grow(count);
+    }
+    /// Appends so many units, to be written by the caller at once.
+    char16_t* extend(NSUInteger count) {
+        reserve(count);
         char16_t* const end = units_ + length_;
         length_ += count;
         return end;
