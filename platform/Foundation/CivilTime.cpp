@@ -20,25 +20,20 @@ NSInteger startOfFirstWeek(NSInteger firstDay, WeekRule rule) noexcept {
     return firstDay - before + (7 - before >= rule.minimumDays ? 0 : 7);
 }
 
-namespace {
-
-NSInteger startOfWeekYear(NSInteger year, WeekRule rule) noexcept {
-    return startOfFirstWeek(daysFromCivil(year, 1, 1), rule);
-}
-
-}  // namespace
-
+/// A week belongs to the year of the first day that its minimum of days leaves over at the end: ISO 8601's, with four
+/// days, to that of its Thursday. That day's number in the year gives the week's.
 WeekOfYear weekOfYear(NSInteger days, NSInteger year, WeekRule rule) noexcept {
-    NSInteger start = startOfWeekYear(year, rule);
-    if (days < start)
-        start = startOfWeekYear(--year, rule);
-    // Only the last days of a year can belong to the next one. (1582 has 355 days.)
-    else if (days - start >= 48 * 7) {
-        const NSInteger next = startOfWeekYear(year + 1, rule);
-        if (days >= next)
-            return {year + 1, (days - next) / 7 + 1};
+    const int inWeek = weekdayOf(days) - rule.firstWeekday;
+    const NSInteger decisive = days - inWeek + (inWeek < 0 ? 0 : 7) - rule.minimumDays;
+    NSInteger start = daysFromCivil(year, 1, 1);
+    if (decisive < start) {
+        start = daysFromCivil(--year, 1, 1);
+    } else if (decisive - start >= 355) {  // the days of 1582
+        const NSInteger next = daysFromCivil(year + 1, 1, 1);
+        if (decisive >= next)
+            return {year + 1, (decisive - next) / 7 + 1};
     }
-    return {year, (days - start) / 7 + 1};
+    return {year, (decisive - start) / 7 + 1};
 }
 
 NSInteger weekOfMonth(NSInteger days, int dayOfMonth, WeekRule rule) noexcept {

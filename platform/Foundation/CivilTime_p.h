@@ -88,17 +88,29 @@ constexpr CivilDay civilFromDays(NSInteger days) noexcept {
         const NSInteger year = floorDivide(4 * z + 3, 1461);
         return civil::fromMarch(year, static_cast<int>(z - 365 * year - (year >> 2)));
     }
-    const auto z = static_cast<std::uint64_t>(days + 719468);
-    const std::uint64_t cycle = z / 146097;
-    const auto day = static_cast<std::uint32_t>(z - cycle * 146097);
-    const std::uint32_t year = (day - day / 1460 + day / 36524 - day / 146096) / 365;
-    return civil::fromMarch(static_cast<NSInteger>(400 * cycle + year),
-                            static_cast<int>(day - (365 * year + year / 4 - year / 100)));
+    // After Neri and Schneider, "Euclidean affine functions and their application to calendar algorithms": a
+    // multiplication gives the year of the century, and what it leaves over the day of that year; another one so the
+    // month and its day.
+    const auto quarters = static_cast<std::uint64_t>(4 * (days + 719468) + 3);
+    const std::uint64_t century = quarters / 146097;
+    const auto inCentury = static_cast<std::uint32_t>(quarters - 146097 * century) | 3;
+    const std::uint64_t years = std::uint64_t{2939745} * inCentury;
+    const std::uint32_t dayOfYear = static_cast<std::uint32_t>(years) / (4 * 2939745);  // from March
+    const std::uint32_t months = 2141 * dayOfYear + 197913;
+    const bool nextYear = dayOfYear >= 306;
+    return {static_cast<NSInteger>(100 * century + (years >> 32)) + nextYear,
+            static_cast<int>(months >> 16) - (nextYear ? 12 : 0), static_cast<int>((months & 0xFFFF) / 2141) + 1};
+}
+
+/// The day on which a clock shows so many seconds.
+constexpr NSInteger daysFromSeconds(NSInteger seconds) noexcept {
+    constexpr NSInteger shift = 4 * lastDay;  // nothing negative to round
+    return static_cast<NSInteger>(static_cast<NSUInteger>(seconds + shift * secondsADay) / secondsADay) - shift;
 }
 
 /// The time on a clock that shows so many seconds.
 constexpr CivilTime civilFromSeconds(NSInteger seconds) noexcept {
-    const NSInteger days = floorDivide(seconds, secondsADay);
+    const NSInteger days = daysFromSeconds(seconds);
     const auto second = static_cast<std::uint32_t>(seconds - days * secondsADay);
     return {civilFromDays(days), static_cast<int>(second / 3600), static_cast<int>(second / 60 % 60),
             static_cast<int>(second % 60)};

@@ -22,7 +22,7 @@ struct ClockDay {
 ClockDay clockDayOf(const NSTimeZone& zone, const NSDate& date) {
     const NSInteger second = detail::momentFrom(date.timeIntervalSinceReferenceDate()).second;
     const NSInteger clock = second + zone.rules().stretchAt(second).offset;
-    const NSInteger days = detail::floorDivide(clock, secondsADay);
+    const NSInteger days = detail::daysFromSeconds(clock);
     return {clock, days, detail::civilFromDays(days)};
 }
 

@@ -124,7 +124,7 @@ Ref<NSDateComponents> NSCalendar::components_fromDate(NSCalendarUnit units, cons
         return fields;
     const detail::Moment moment = detail::momentFrom(date.timeIntervalSinceReferenceDate());
     const NSInteger clock = moment.second + zone_->rules().stretchAt(moment.second).offset;
-    const NSInteger days = detail::floorDivide(clock, secondsADay);
+    const NSInteger days = detail::daysFromSeconds(clock);
     const CivilDay civil = detail::civilFromDays(days);
     setDay(fields, units, days, civil);
     setTime(fields, units, static_cast<int>(clock - days * secondsADay));
@@ -265,7 +265,7 @@ Ref<NSDate> NSCalendar::dateByAddingComponents_toDate_options(const NSDateCompon
     NSInteger second = start;
     if (years || months || days) {
         const NSInteger clock = start + zone_->rules().stretchAt(start).offset;
-        const NSInteger day = detail::floorDivide(clock, secondsADay);
+        const NSInteger day = detail::daysFromSeconds(clock);
         const NSInteger sum = (years || months ? addMonths(day, years, months) : day) + days;
         second = zone_->rules().fromClock(sum * secondsADay + clock - day * secondsADay);
     }
