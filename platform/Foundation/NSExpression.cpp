@@ -105,7 +105,7 @@ Ref<NSExpression> NSExpression::expressionForFunction_arguments(const NSString& 
     Parts parts;
     for (NSObject& each : arguments)
         parts.emplace_back(checked(each));
-    const PredicateFunction* const function = PredicateFunction::named(name);
+    const PredicateFunction* const function = PredicateFunction::named(name, parts.size());
     if (!function)
         NSException::raise(NSInvalidArgumentException, u"there is no function %@", name);
     if (!function->takes(parts.size()))

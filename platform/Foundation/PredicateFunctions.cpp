@@ -226,19 +226,15 @@ constexpr PredicateFunction functions[] = {
 
 }  // namespace
 
-const PredicateFunction* PredicateFunction::named(std::u16string_view name) noexcept {
-    const auto find = [name](bool withColon) {
-        return std::find_if(std::begin(functions), std::end(functions), [=](const PredicateFunction& each) {
-            return withColon ? each.argumentCount == 1 || each.argumentCount == any
-                                   ? each.name.starts_with(name) && each.name.size() == name.size() + 1
-                                   : false
-                             : each.name == name;
-        });
-    };
-    const auto* found = find(false);
-    if (found == std::end(functions))
-        found = find(true);
-    return found == std::end(functions) ? nullptr : found;
+const PredicateFunction* PredicateFunction::named(std::u16string_view name, std::size_t arguments) noexcept {
+    const PredicateFunction* found = nullptr;
+    for (const PredicateFunction& each : functions) {
+        const bool hasOnlyColon = each.argumentCount == 1 || each.argumentCount == any;
+        const bool isNamed = each.name == name || (hasOnlyColon && each.name.substr(0, each.name.size() - 1) == name);
+        if (isNamed && (!found || each.takes(arguments)))
+            found = &each;
+    }
+    return found;
 }
 
 const PredicateFunction* PredicateFunction::written(Form form, std::u16string_view symbol) noexcept {

@@ -19,8 +19,9 @@ struct PredicateFunction {
     Form form = Form::Call;
     std::u16string_view symbol{};  ///< between the arguments, or in the brackets
 
-    /// Null where there is none. A colon at the end may be missing.
-    static const PredicateFunction* named(std::u16string_view name) noexcept;
+    /// Null where there is none. A colon at the end may be missing; where the name has a meaning without one, too, the
+    /// number of arguments decides.
+    static const PredicateFunction* named(std::u16string_view name, std::size_t arguments = 0) noexcept;
     /// The one that is written so, between its arguments or in brackets.
     static const PredicateFunction* written(Form form, std::u16string_view symbol) noexcept;
 

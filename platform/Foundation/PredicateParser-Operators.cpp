@@ -364,7 +364,7 @@ void PredicateParser::closeCall(const Operator& call, Parts parts) {
         return push(NSExpression::makeMessage(held, std::move(parts)), position);
     }
     const std::u16string_view name = is(u"CAST") ? u"castObject:toType:" : std::u16string_view(call.name);
-    const PredicateFunction* const function = PredicateFunction::named(name);
+    const PredicateFunction* const function = PredicateFunction::named(name, parts.size());
     if (!function || !function->takes(parts.size()))
         lexer_.fail(position, function ? u"another number of arguments" : u"a function that is known");
     push(NSExpression::makeFunction(*function, std::move(parts)), position);

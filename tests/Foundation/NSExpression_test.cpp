@@ -110,7 +110,8 @@ TEST(NSExpression, AsksObjects) {
 
 TEST(NSExpression, RandomNumbersAndTheTimeAreTakenAnew) {
     for (int i = 0; i < 100; ++i) {
-        EXPECT_TRUE(NSPredicate::predicateWithFormat(u"random() BETWEEN {0, 1} AND randomn(3) IN {0, 1, 2}")
+        EXPECT_TRUE(NSPredicate::predicateWithFormat(
+                        u"random() BETWEEN {0, 1} AND randomn(3) IN {0, 1, 2} AND random(1) == random:(1)")
                         ->evaluateWithObject(nullptr));
     }
     EXPECT_TRUE(as<NSDate>(valueOf(u"now()").get()));

@@ -44,6 +44,7 @@ TEST(NSPredicateFormat, IsWrittenInOneWay) {
          "CAST(\"nan\", \"NSNumber\") == CAST(\"1\", \"NSNumber\")"},
         {u"subquery(a, $x, $x.b == $y).@count > 0", "SUBQUERY(a, $x, $x.b == $y).@count > 0"},
         {u"@count == bitwiseAnd:with:(1, 2)", "@count == bitwiseAnd:with:(1, 2)"},
+        {u"random() < random:(2)", "random() < random(2)"},
     };
     for (const auto& row : rows) {
         EXPECT_EQ(described(row.given), row.written);
