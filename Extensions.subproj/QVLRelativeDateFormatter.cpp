@@ -1,5 +1,7 @@
 #include <ToviFoundationKit/Extensions/QVLRelativeDateFormatter.h>
 
+#include <vector>
+
 #include <ToviFoundationKit/Extensions/DateFormatterSlots_p.h>
 #include <ToviFoundationKit/Extensions/NSDate-QVLAdditions.h>
 #include <ToviFoundationKit/Extensions/NSDateFormatter-Extensions.h>
@@ -90,6 +92,13 @@ RefPtr<NSString> QVLRelativeDateFormatter::stringFromDate(const NSDate& date) co
     return time && time->length() ? capitalized->stringByAppendingFormat(u" %@", time) : capitalized;
 }
 
+Ref<NSObject> QVLRelativeDateFormatter::copy() const {
+    const Ref<QVLRelativeDateFormatter> copied = init();
+    copied->takeSettings(*this);
+    copied->relativeDateStyle_ = relativeDateStyle_;
+    return copied;
+}
+
 // Shared formatters.
 
 namespace {
@@ -127,10 +136,11 @@ Ref<QVLRelativeDateFormatter> QVLRelativeDateFormatter::shortTimeAndRelativeMedi
 }
 
 RefPtr<QVLRelativeDateFormatter> QVLRelativeDateFormatter::shortTimeAndRelativeLongDateFormatter() {
-    // Whoever holds the one that was there before goes on holding it.
+    // Shared formatters may be used without being held, so the one that was there must live on.
+    static auto& dropped = *new std::vector<NSDateFormatter*>;
     NSDateFormatter*& slot = detail::formatterIn(Slot::shortTimeAndRelativeShort);
     if (slot)
-        slot->release();
+        dropped.push_back(slot);
     slot = made(NSDateFormatterShortStyle, 1).leak();
     return nullptr;
 }
@@ -148,6 +158,7 @@ Ref<QVLRelativeDateFormatter> QVLRelativeDateFormatter::longTimeAndRelativeLongD
 namespace {
 
 const Additions<QVLRelativeDateFormatter> additions{
+    classLevel<&QVLRelativeDateFormatter::init>("init"),
     instance<&QVLRelativeDateFormatter::setRelativeDateStyle>("setRelativeDateStyle:"),
     classLevel<&QVLRelativeDateFormatter::noTimeAndRelativeShortDateFormatter>("noTimeAndRelativeShortDateFormatter"),
     classLevel<&QVLRelativeDateFormatter::noTimeAndRelativeMediumDateFormatter>("noTimeAndRelativeMediumDateFormatter"),

@@ -23,6 +23,8 @@ public:
     /// nil where the shared formatter is: for a medium date with a long time, see longTimeAndMediumDateFormatter.
     RefPtr<NSString> stringFromDate(const NSDate& date) const override;
 
+    Ref<NSObject> copy() const override;  ///< a new relative formatter, as mutable as the receiver
+
     // Shared formatters, made when first asked for and kept, for the main thread: a time style and a relative date
     // style.
 
@@ -31,8 +33,8 @@ public:
     static Ref<QVLRelativeDateFormatter> noTimeAndRelativeLongDateFormatter();
     static Ref<QVLRelativeDateFormatter> shortTimeAndRelativeShortDateFormatter();
     static Ref<QVLRelativeDateFormatter> shortTimeAndRelativeMediumDateFormatter();
-    /// Always nil: what it makes is a new formatter with a short date, which shortTimeAndRelativeShortDateFormatter
-    /// answers from then on.
+    /// Always nil: what it makes, at every call, is a new formatter with a short date, which
+    /// shortTimeAndRelativeShortDateFormatter answers from then on. The one before is not destroyed.
     static RefPtr<QVLRelativeDateFormatter> shortTimeAndRelativeLongDateFormatter();
     static Ref<QVLRelativeDateFormatter> longTimeAndRelativeShortDateFormatter();
     static Ref<QVLRelativeDateFormatter> longTimeAndRelativeMediumDateFormatter();

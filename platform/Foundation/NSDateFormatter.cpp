@@ -136,16 +136,21 @@ RefPtr<NSDate> NSDateFormatter::dateFromString(const NSString& text) const {
     return seconds ? RefPtr<NSDate>(NSDate::dateWithTimeIntervalSinceReferenceDate(*seconds)) : nullptr;
 }
 
+void NSDateFormatter::takeSettings(const NSDateFormatter& other) {
+    const Content& content = *other.content_;
+    content_->locale = content.locale;
+    content_->zone = content.zone;
+    content_->calendar = content.calendar;
+    content_->pattern = content.pattern;
+    content_->dateStyle = content.dateStyle;
+    content_->timeStyle = content.timeStyle;
+    content_->lenient = content.lenient;
+    content_->compiled = nullptr;
+}
+
 Ref<NSObject> NSDateFormatter::copy() const {
     const Ref<NSDateFormatter> copied = init();
-    Content& content = *copied->content_;
-    content.locale = content_->locale;
-    content.zone = content_->zone;
-    content.calendar = content_->calendar;
-    content.pattern = content_->pattern;
-    content.dateStyle = content_->dateStyle;
-    content.timeStyle = content_->timeStyle;
-    content.lenient = content_->lenient;
+    copied->takeSettings(*this);
     return copied;
 }
 

@@ -69,6 +69,7 @@ public:
 protected:
     NSDateFormatter();
     ~NSDateFormatter() override;
+    void takeSettings(const NSDateFormatter& other);  ///< for copies of subclasses
 
 private:
     struct Content;

@@ -116,6 +116,7 @@ TEST(RelativeDateFormatter, hasAWordForThreeDaysOfAMonth) {
     plain->setTimeStyle(NSDateFormatterMediumStyle);
     EXPECT_EQ(text(plain->stringFromDate(gmt(2024, 3, 9))), "");
     EXPECT_EQ(text(plain->stringFromDate(NSDate::dateWithTimeIntervalSinceReferenceDate(std::nan("")))), "");
+    EXPECT_EQ(text(to<NSDateFormatter>(brief->copy())->stringFromDate(gmt(2024, 3, 1, 9))), "Today 09:00");
     const ScopedPreferredLanguages french({"fr"});
     EXPECT_EQ(text(day->stringFromDate(gmt(2024, 3, 1))), "Aujourd’hui");
     const ScopedPreferredLanguages danish({"da"});
@@ -123,10 +124,11 @@ TEST(RelativeDateFormatter, hasAWordForThreeDaysOfAMonth) {
 }
 
 TEST(RelativeDateFormatter, sharesWhatItSaysItShares) {
-    const auto brief = Relative::shortTimeAndRelativeShortDateFormatter();
+    const Relative& brief = *Relative::shortTimeAndRelativeShortDateFormatter();  // not held
     EXPECT_TRUE(same(brief, Relative::shortTimeAndRelativeShortDateFormatter()));
     EXPECT_FALSE(Relative::shortTimeAndRelativeLongDateFormatter());
     EXPECT_FALSE(same(brief, Relative::shortTimeAndRelativeShortDateFormatter()));
+    EXPECT_EQ(brief.timeStyle(), NSDateFormatterShortStyle);
     EXPECT_EQ(Relative::longTimeAndRelativeMediumDateFormatter()->timeStyle(), NSDateFormatterLongStyle);
     EXPECT_EQ(Relative::longTimeAndRelativeMediumDateFormatter()->dateStyle(), NSDateFormatterNoStyle);
     const auto medium = Relative::longTimeAndRelativeMediumDateFormatter();
