@@ -1,5 +1,6 @@
 #include <ToviFoundationKit/Foundation/NSThread.h>
 
+#include <pthread.h>
 #include <unistd.h>
 
 #include <utility>
@@ -33,7 +34,25 @@ thread_local constinit NSThread* NSThread::Current::thread = nullptr;
 
 Ref<NSThread> NSThread::currentThread() { return Current::thread ? *Current::thread : Current::begin(); }
 
-bool NSThread::isMainThread() noexcept { return gettid() == getpid(); }
+namespace {
+
+// Both numbers are asked of the kernel, so the answer is kept, at a fixed place in each thread's memory. The thread
+// that forks is the main one of the new process.
+enum class IsMain : unsigned char { Unknown, No, Yes };
+[[gnu::tls_model("initial-exec")]] thread_local constinit IsMain isMain = IsMain::Unknown;
+
+IsMain askForMain() noexcept {
+    [[maybe_unused]] static const int watched = pthread_atfork(nullptr, nullptr, [] { isMain = IsMain::Yes; });
+    return gettid() == getpid() ? IsMain::Yes : IsMain::No;
+}
+
+}  // namespace
+
+bool NSThread::isMainThread() noexcept {
+    if (isMain == IsMain::Unknown) [[unlikely]]
+        isMain = askForMain();
+    return isMain == IsMain::Yes;
+}
 
 Ref<NSMutableDictionary> NSThread::threadDictionary() {
     if (!dictionary_)

@@ -1,3 +1,6 @@
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <gtest/gtest.h>
 
 #include <ToviFoundationKit/ToviFoundationKit.h>
@@ -33,6 +36,14 @@ TEST(NSThreadAdditions, OnlyTheMainThreadIsTheMainThread) {
     EXPECT_TRUE(inMainThread());
     EXPECT_TRUE(send<bool>(NSThread::classObject(), "inMainThread"_sel));
     bool elsewhere = true;
-    std::thread([&] { elsewhere = inMainThread(); }).join();
+    int forked = -1;
+    std::thread([&] {
+        elsewhere = inMainThread();
+        if (const pid_t child = fork())
+            waitpid(child, &forked, 0);
+        else
+            _exit(!inMainThread());
+    }).join();
     EXPECT_FALSE(elsewhere);
+    EXPECT_EQ(forked, 0);
 }
