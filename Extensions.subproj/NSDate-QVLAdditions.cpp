@@ -275,13 +275,15 @@ const Additions<NSDate> additions{
 }  // namespace QVLAdditions
 }  // namespace tovi
 
-// The plain functions calculate with more bits than their arguments have, so that nothing overflows.
+// The plain functions calculate with more bits than their arguments have, so that nothing overflows; unless these are
+// small.
 
 namespace {
 
 __extension__ using Wide = __int128;
+using Narrow = std::int64_t;
 
-Wide wideWeekDay(Wide day, Wide month, Wide year) {
+template <class Number> Number weekDayOf(Number day, Number month, Number year) {
     if (month < 3) {
         month += 12;
         --year;
@@ -289,40 +291,53 @@ Wide wideWeekDay(Wide day, Wide month, Wide year) {
     return (day + year + 6 + year / 4 + year / 400 - year / 100 + (13 * month - 27) / 5) % 7;
 }
 
-bool isLeapYear(Wide year) { return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0); }
+template <class Number> bool isLeapYear(Number year) { return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0); }
 
 /// The day's number in the year; months beyond the twelfth add nothing.
-Wide dayOfYear(Wide day, Wide month, Wide year) {
-    constexpr int lengths[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-    for (int each = 1; each < month && each <= 12; ++each)
-        day += each == 2 && isLeapYear(year) ? 29 : lengths[each - 1];
-    return day;
+template <class Number> Number dayOfYear(Number day, Number month, bool isLeap) {
+    constexpr int before[] = {0, 31, 59, 90, 120, 151, 181, 212, 243, 273, 304, 334, 365};
+    const auto index = static_cast<std::size_t>(std::clamp<Number>(month, 1, 13)) - 1;
+    return day + before[index] + (isLeap && index > 1);
+}
+
+/// The number in a year of so many days of the last day of its last week.
+template <class Number> Number endOfLastWeek(Number year, Number length) {
+    const Number lastWeekday = weekDayOf<Number>(31, 12, year);
+    return lastWeekday == 6 ? length : lastWeekday >= 3 ? length + 6 - lastWeekday : length - (lastWeekday + 1);
+}
+
+template <class Number> Number weekOf(Number day, Number month, Number year) {
+    Number folded = 0;
+    for (;;) {
+        const bool isLeap = isLeapYear(year);
+        const Number number = dayOfYear(day, month, isLeap), length = isLeap ? 366 : 365;
+        const Number firstMonday = 4 - weekDayOf<Number>(4, 1, year);
+        if (firstMonday <= number) {
+            // No more than three days belong to the next year.
+            const bool isNext = number > length - 3 && number > endOfLastWeek(year, length);
+            return folded + (isNext ? (year + 1) * 100 + 1 : (number - firstMonday) / 7 + 1);
+        }
+        // In the last week of the year before.
+        --year;
+        folded = year * 100;
+        day = 31;
+        month = 12;
+    }
+}
+
+bool areSmall(std::int64_t day, std::int64_t month, std::int64_t year) {
+    constexpr std::int64_t bound = std::int64_t{1} << 48;
+    return std::max({day, month, year}) < bound && std::min({day, month, year}) > -bound;
 }
 
 }  // namespace
 
 std::int64_t weekDay(std::int64_t day, std::int64_t month, std::int64_t year) {
-    return static_cast<std::int64_t>(wideWeekDay(day, month, year));
+    return areSmall(day, month, year) ? weekDayOf<Narrow>(day, month, year)
+                                      : static_cast<std::int64_t>(weekDayOf<Wide>(day, month, year));
 }
 
 std::int64_t week(std::int64_t day, std::int64_t month, std::int64_t year) {
-    Wide ofDay = day, ofMonth = month, ofYear = year, folded = 0;
-    for (;;) {
-        const Wide number = dayOfYear(ofDay, ofMonth, ofYear);
-        const Wide firstMonday = 4 - wideWeekDay(4, 1, ofYear);
-        if (firstMonday <= number) {
-            const Wide length = isLeapYear(ofYear) ? 366 : 365;
-            const Wide lastWeekday = wideWeekDay(31, 12, ofYear);
-            const Wide end = lastWeekday == 6   ? length
-                             : lastWeekday >= 3 ? length + 6 - lastWeekday
-                                                : length - (lastWeekday + 1);
-            const Wide found = number > end ? (ofYear + 1) * 100 + 1 : (number - firstMonday) / 7 + 1;
-            return static_cast<std::int64_t>(found + folded);
-        }
-        // In the last week of the year before.
-        --ofYear;
-        folded = ofYear * 100;
-        ofDay = 31;
-        ofMonth = 12;
-    }
+    return areSmall(day, month, year) ? weekOf<Narrow>(day, month, year)
+                                      : static_cast<std::int64_t>(weekOf<Wide>(day, month, year));
 }
