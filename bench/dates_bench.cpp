@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include <ToviFoundationKit/Extensions/NSDate-QVLAdditions.h>
 #include <ToviFoundationKit/Foundation/NSDate.h>
 #include <ToviFoundationKit/Foundation/NSDateFormatter.h>
 
@@ -87,6 +88,12 @@ void kitFields(State& state) {
 }
 
 void kitWeek(State& state) {
+    isogregorian()->setTimeZone(kitZone());
+    check(ISOWeekOfYear(kitDate(1609455600)) == 202053, "ISOWeekOfYear");
+    each(state, kitDate, [](const NSDate& date) { return ISOWeekOfYear(date); });
+}
+
+void kitWeekField(State& state) {
     const auto calendar = NSCalendar::calendarWithIdentifier(u"iso8601"_ns).ref();
     calendar->setTimeZone(kitZone());
     each(state, kitDate,
@@ -130,6 +137,7 @@ void kitRead(State& state) {
 BENCHMARK(kitSum)->Name("year, month, day added/kit");
 BENCHMARK(kitFields)->Name("fields of a date/kit");
 BENCHMARK(kitWeek)->Name("ISO week of a date/kit");
+BENCHMARK(kitWeekField)->Name("ISO week of a date/kit, as a field");
 BENCHMARK(kitDateFrom)->Name("date from fields/kit");
 BENCHMARK(kitPrintPattern)->Name("date printed, yyyy-MM-dd HH:mm/kit");
 BENCHMARK(kitPrintShort)->Name("date printed, short style/kit");
