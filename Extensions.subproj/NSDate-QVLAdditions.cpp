@@ -65,7 +65,10 @@ NSInteger weekdayOf(const NSDate& date, const NSCalendar& calendar) {
     return calendar.components_fromDate(NSCalendarUnitWeekday, date)->weekday();
 }
 
+/// nil beyond the calendar's ends, and for what is not a number.
 RefPtr<NSDate> dateOf(NSInteger year, NSInteger month, NSInteger dayOfMonth, const NSCalendar& calendar) {
+    if (year == NSUndefinedDateComponent)
+        return nullptr;
     const Ref<NSDateComponents> parts = NSDateComponents::init();
     parts->setYear(year);
     parts->setMonth(month);
@@ -188,8 +191,7 @@ bool dayInsideMonth(const NSDate& receiver, NSInteger day) {
 
 Ref<NSMutableArray> dateMonthArray(const NSDate& receiver) {
     const Ref<NSDateComponents> parts = partsOf(receiver);
-    const RefPtr<NSDate> first =
-        parts->month() <= 12 ? dateOf(parts->year(), parts->month(), 1, gregorian()) : RefPtr<NSDate>();
+    const RefPtr<NSDate> first = dateOf(parts->year(), parts->month(), 1, gregorian());
     if (!first)
         return NSMutableArray::array();
     return datesAfter(*first, 1, lengthOfMonth(parts->month(), parts->year()) - 1);

@@ -34,6 +34,7 @@ TOVI_EXPORT RefPtr<NSMutableArray> dateArrayWithWeekNumber_andYear_andWeekStarts
 /// The same with weeks from Monday, or else from Sunday.
 TOVI_EXPORT RefPtr<NSMutableArray> dateArrayWithWeekNumber_andYear_andWeekStartsOnMonday(NSInteger week, NSInteger year,
                                                                                          bool startsOnMonday);
+/// The number of the receiver's week; NSNotFound for a date that is not a number.
 TOVI_EXPORT NSInteger weekOfYearAndStartsOn(const NSDate& receiver, NSInteger start);
 TOVI_EXPORT NSInteger weekOfYearAndStartsOnMonday(const NSDate& receiver, bool startsOnMonday);
 
@@ -42,7 +43,8 @@ TOVI_EXPORT NSInteger weekOfYearAndStartsOnMonday(const NSDate& receiver, bool s
 /// The dates from Monday to Sunday, at 0:00 in `isogregorian`, of a week of a year; nil unless the week is 1 to 53 and
 /// the year at least 1.
 TOVI_EXPORT RefPtr<NSMutableArray> dateArrayWithISOWeekNumber_andYear(NSInteger week, NSInteger year);
-/// What the function `week` below says of the receiver's day in `isogregorian`.
+/// What the function `week` below says of the receiver's day in `isogregorian`; NSNotFound for a date that is not a
+/// number.
 TOVI_EXPORT NSInteger ISOWeekOfYear(const NSDate& receiver);
 
 // Months, in `gregorian`. Every fourth year has a 29 February here, 1900 and 2100 too.

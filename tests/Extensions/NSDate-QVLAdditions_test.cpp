@@ -150,6 +150,17 @@ TEST(DateAdditions, numberTheWeeksOfAYear) {
     EXPECT_THROW(weekOfYearAndStartsOn(local(2024, 1, 1), -1), NSException);
 }
 
+TEST(DateAdditions, knowNoWeeksOfWhatIsNoDate) {
+    const auto nan = NSDate::dateWithTimeIntervalSinceReferenceDate(std::nan(""));
+    EXPECT_EQ(weekOfYearAndStartsOn(nan, 1), NSNotFound);
+    EXPECT_EQ(ISOWeekOfYear(nan), NSNotFound);
+    EXPECT_EQ(dateMonthArray(nan)->count(), 0U);
+    for (const NSInteger year : {NSInteger{6'000'000}, NSInteger{INT64_MAX}}) {
+        EXPECT_EQ(told(dateArrayWithWeekNumber_andYear_andWeekStartsOn(1, year, 0)), "nil");
+        EXPECT_EQ(told(dateArrayWithISOWeekNumber_andYear(1, year)), "nil");
+    }
+}
+
 TEST(DateAdditions, takeEveryFourthYearForALeapYear) {
     const Zone zone(u"GMT");
     EXPECT_TRUE(dayInsideMonth(local(1900, 2, 1), 29));
