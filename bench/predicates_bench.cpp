@@ -1,5 +1,5 @@
 // Predicates: reading a format, and asking a million objects. The limit is the same test written in C++ for these
-// objects, with the same search for the text, prepared once or for each object.
+// objects, with the kit's own search for the text.
 
 #include <ToviFoundationKit/Foundation/NSDate.h>
 #include <ToviFoundationKit/Foundation/NSPredicate.h>
