@@ -1,5 +1,7 @@
 #include <ToviFoundationKit/Runtime/NSString.h>
 
+#include <ToviFoundationKit/Runtime/UnitVector_p.h>
+
 namespace tovi {
 
 // Multiplies 64 bits by 64 and folds the product, sixteen bytes a step and two chains at once for long texts: every
@@ -15,21 +17,16 @@ std::uint64_t mixed(std::uint64_t a, std::uint64_t b) noexcept {
     return static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64);
 }
 
-template <class Word> std::uint64_t load(const char* bytes) noexcept {
-    Word word;
-    std::memcpy(&word, bytes, sizeof word);
-    return word;
-}
-
-std::uint64_t load64(const char* bytes) noexcept { return load<std::uint64_t>(bytes); }
+using detail::loaded;
+using detail::wordAt;
 
 /// Up to eight units in two overlapping words.
 std::uint64_t mixedEnd(const char* bytes, std::size_t size, std::uint64_t chain) noexcept {
     if (size >= 8)
-        return mixed(load64(bytes) ^ keys[1], load64(bytes + size - 8) ^ chain);
+        return mixed(wordAt(bytes) ^ keys[1], wordAt(bytes + size - 8) ^ chain);
     if (size >= 4)
-        return mixed(load<std::uint32_t>(bytes) ^ keys[1], load<std::uint32_t>(bytes + size - 4) ^ chain);
-    return mixed((size ? load<std::uint16_t>(bytes) : 0) ^ keys[1], chain);
+        return mixed(loaded<std::uint32_t>(bytes) ^ keys[1], loaded<std::uint32_t>(bytes + size - 4) ^ chain);
+    return mixed((size ? loaded<std::uint16_t>(bytes) : 0U) ^ keys[1], chain);
 }
 
 }  // namespace
@@ -41,13 +38,13 @@ std::uint32_t NSString::hashOf(std::u16string_view units) noexcept {
     if (size > 32) {
         std::uint64_t second = chain;
         for (; size > 32; bytes += 32, size -= 32) {
-            chain = mixed(load64(bytes) ^ keys[1], load64(bytes + 8) ^ chain);
-            second = mixed(load64(bytes + 16) ^ keys[2], load64(bytes + 24) ^ second);
+            chain = mixed(wordAt(bytes) ^ keys[1], wordAt(bytes + 8) ^ chain);
+            second = mixed(wordAt(bytes + 16) ^ keys[2], wordAt(bytes + 24) ^ second);
         }
         chain ^= second;
     }
     if (size > 16) {
-        chain = mixed(load64(bytes) ^ keys[1], load64(bytes + 8) ^ chain);
+        chain = mixed(wordAt(bytes) ^ keys[1], wordAt(bytes + 8) ^ chain);
         bytes += 16;
         size -= 16;
     }
