@@ -1,0 +1,154 @@
+#include <ToviFoundationKit/Foundation/NSPort.h>
+
+#include <algorithm>
+#include <chrono>
+
+#include <ToviFoundationKit/Foundation/NSRunLoop.h>
+#include <ToviFoundationKit/Foundation/SendDiscarding.h>
+#include <ToviFoundationKit/Runtime/Additions.h>
+
+namespace tovi {
+
+TOVI_DEFINE_CLASS(NSPort, NSObject)
+
+Ref<NSPort> NSPort::port() { return portWithCapacity(usualCapacity); }
+
+Ref<NSPort> NSPort::portWithCapacity(NSUInteger messages) { return adopt(*new NSPort(messages)); }
+
+id NSPort::delegate() const {
+    const std::lock_guard guard(mutex_);
+    return delegate_;
+}
+
+void NSPort::setDelegate(NSObject* delegate) {
+    id exchanged = delegate;
+    const std::lock_guard guard(mutex_);
+    std::swap(delegate_, exchanged);
+}
+
+void NSPort::scheduleInRunLoop_forMode(NSRunLoop& runLoop, const NSString& mode) {
+    runLoop.addPort_forMode(*this, mode);
+}
+
+void NSPort::removeFromRunLoop_forMode(NSRunLoop& runLoop, const NSString& mode) {
+    runLoop.removePort_forMode(*this, mode);
+}
+
+bool NSPort::isValid() const {
+    const std::lock_guard guard(mutex_);
+    return valid_;
+}
+
+void NSPort::invalidate() {
+    id delegate;
+    const std::lock_guard guard(mutex_);
+    valid_ = false;
+    std::swap(delegate, delegate_);
+    room_.notify_all();
+    // Those that serve it find out that there is one source less.
+    for (const Schedule& each : schedules_)
+        each.runLoop->portHasMessages();
+}
+
+NSUInteger NSPort::numberOfMessages() const {
+    const std::lock_guard guard(mutex_);
+    return messages_.size();
+}
+
+bool NSPort::isServedHere() const {
+    return std::ranges::any_of(schedules_, [](const Schedule& each) { return each.runLoop->belongsHere(); });
+}
+
+// Time is asked for each time round, since the clock may be another one or be set meanwhile.
+bool NSPort::waitForRoom(std::unique_lock<std::mutex>& guard, const NSDate& date) {
+    while (valid_ && messages_.size() >= capacity_ && !isServedHere()) {
+        const NSTimeInterval seconds = date.timeIntervalSinceNow();
+        if (!(seconds > 0))
+            return false;
+        ++waiting_;
+        room_.wait_for(guard, std::chrono::duration<double>(std::min(seconds, 1e6)));
+        --waiting_;
+    }
+    return valid_;
+}
+
+bool NSPort::enqueue(NSPortMessage& message, const NSDate& date) {
+    std::unique_lock guard(mutex_);
+    if (!waitForRoom(guard, date))
+        return false;
+    messages_.push_back(message);
+    if (messages_.size() == 1)
+        for (const Schedule& each : schedules_)
+            each.runLoop->portHasMessages();
+    return true;
+}
+
+RefPtr<NSPortMessage> NSPort::takeLocked() {
+    if (messages_.empty())
+        return nullptr;
+    const Ref<NSPortMessage> message = std::move(messages_.front());
+    messages_.pop_front();
+    // Waking senders one by one would change threads at each message.
+    if (waiting_ && messages_.size() <= capacity_ / 2)
+        room_.notify_all();
+    return message;
+}
+
+RefPtr<NSPortMessage> NSPort::takeMessage() {
+    const std::lock_guard guard(mutex_);
+    return takeLocked();
+}
+
+bool NSPort::serveNext(const Schedule& schedule) {
+    RefPtr<NSPortMessage> message;
+    id delegate;
+    {
+        const std::lock_guard guard(mutex_);
+        if (valid_ && isScheduled(schedule))
+            message = takeLocked();
+        delegate = delegate_;
+    }
+    if (message && delegate)
+        detail::sendDiscarding(*delegate, "handlePortMessage:"_sel, message.get());
+    return static_cast<bool>(message);
+}
+
+bool NSPort::passEnds(const Schedule& schedule) {
+    const std::lock_guard guard(mutex_);
+    if (waiting_ && messages_.size() < capacity_)
+        room_.notify_all();
+    return valid_ && !messages_.empty() && isScheduled(schedule);
+}
+
+bool NSPort::isScheduled(const Schedule& schedule) const {
+    return std::ranges::find(schedules_, schedule) != schedules_.end();
+}
+
+bool NSPort::addSchedule(const Schedule& schedule) {
+    const std::lock_guard guard(mutex_);
+    if (!valid_ || isScheduled(schedule))
+        return false;
+    schedules_.push_back(schedule);
+    return true;
+}
+
+void NSPort::removeSchedule(const Schedule& schedule) {
+    const std::lock_guard guard(mutex_);
+    std::erase(schedules_, schedule);
+}
+
+namespace {
+
+const Additions<NSPort> additions{
+    classLevel<&NSPort::port>("port"),
+    instance<&NSPort::delegate>("delegate"),
+    instance<&NSPort::setDelegate>("setDelegate:"),
+    instance<&NSPort::scheduleInRunLoop_forMode>("scheduleInRunLoop:forMode:"),
+    instance<&NSPort::removeFromRunLoop_forMode>("removeFromRunLoop:forMode:"),
+    instance<&NSPort::isValid>("isValid"),
+    instance<&NSPort::invalidate>("invalidate"),
+};
+
+}  // namespace
+
+}  // namespace tovi
