@@ -29,6 +29,7 @@
 #include <ToviFoundationKit/Foundation/NSDate.h>
 #include <ToviFoundationKit/Foundation/NSDateFormatter.h>
 #include <ToviFoundationKit/Foundation/NSEnumerator.h>
+#include <ToviFoundationKit/Foundation/NSFoundationVersion.h>
 #include <ToviFoundationKit/Foundation/NSKeyedArchiver.h>
 #include <ToviFoundationKit/Foundation/NSKeyedUnarchiver.h>
 #include <ToviFoundationKit/Foundation/NSLock.h>
@@ -36,10 +37,14 @@
 #include <ToviFoundationKit/Foundation/NSMutableDictionary.h>
 #include <ToviFoundationKit/Foundation/NSMutableIndexSet.h>
 #include <ToviFoundationKit/Foundation/NSMutableSet.h>
+#include <ToviFoundationKit/Foundation/NSNotificationCenter.h>
 #include <ToviFoundationKit/Foundation/NSNull.h>
+#include <ToviFoundationKit/Foundation/NSPort.h>
+#include <ToviFoundationKit/Foundation/NSRunLoop.h>
 #include <ToviFoundationKit/Foundation/NSScanner.h>
 #include <ToviFoundationKit/Foundation/NSStringEncoding.h>
 #include <ToviFoundationKit/Foundation/NSThread.h>
+#include <ToviFoundationKit/Foundation/NSTimer.h>
 #include <ToviFoundationKit/Foundation/NSUnarchiver.h>
 #include <ToviFoundationKit/Foundation/PreferredLanguages.h>
 
@@ -48,6 +53,7 @@
 
 #include <ToviFoundationKit/AppKit/NSAppKitVersion.h>
 
+#include <ToviFoundationKit/Extensions/InterThreadManager.h>
 #include <ToviFoundationKit/Extensions/NSArray-QVLAdditions.h>
 #include <ToviFoundationKit/Extensions/NSData-QVLAdditions.h>
 #include <ToviFoundationKit/Extensions/NSDate-QVLAdditions.h>
@@ -66,6 +72,7 @@
 #include <ToviFoundationKit/Extensions/NSString-Replacement.h>
 #include <ToviFoundationKit/Extensions/NSString-Unique.h>
 #include <ToviFoundationKit/Extensions/NSString-XMLEntities.h>
+#include <ToviFoundationKit/Extensions/NSThread-NSNotificationCenter-QVLAdditions.h>
 #include <ToviFoundationKit/Extensions/NSThread-QVLAdditions.h>
 #include <ToviFoundationKit/Extensions/QVLRelativeDateFormatter.h>
 

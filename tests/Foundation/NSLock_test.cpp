@@ -37,16 +37,3 @@ TEST(NSLock, ExcludesThreadsFromEachOther) {
         thread.join();
     EXPECT_EQ(sum, 80000);
 }
-
-TEST(NSThread, EachThreadHasOneObjectAndItsOwnDictionary) {
-    const auto here = NSThread::currentThread();
-    EXPECT_EQ(here.get(), NSThread::currentThread().get());
-    here->threadDictionary()->setObject_forKey(*u"main"_ns, *u"name"_ns);
-    RefPtr<NSThread> there;
-    std::thread([&] {
-        there = NSThread::currentThread();
-        EXPECT_EQ(there->threadDictionary()->count(), 0U);
-    }).join();
-    EXPECT_NE(there.get(), here.get());
-    here->threadDictionary()->removeAllObjects();
-}
