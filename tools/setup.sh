@@ -4,9 +4,9 @@ export DEBIAN_FRONTEND=noninteractive
 
 # What each command needs, as Debian 12 names it.
 TOVI_BUILD_PACKAGES="g++ cmake ninja-build ccache git libicu-dev uuid-dev pkgconf libgmime-3.0-dev"
-TOVI_TEST_PACKAGES="$TOVI_BUILD_PACKAGES libgtest-dev gdb doxygen clang-format-14"
-TOVI_CI_PACKAGES="$TOVI_TEST_PACKAGES clang-14 libclang-rt-14-dev clang-tidy-14"
-TOVI_BENCH_PACKAGES="$TOVI_BUILD_PACKAGES python3 libbenchmark-dev qtbase5-dev libglib2.0-dev libabsl-dev libroaring-dev
+TOVI_TEST_PACKAGES="$TOVI_BUILD_PACKAGES libgtest-dev gdb doxygen clang-format-14 libglib2.0-dev"
+TOVI_CI_PACKAGES="$TOVI_TEST_PACKAGES qtbase5-dev clang-14 libclang-rt-14-dev clang-tidy-14"
+TOVI_BENCH_PACKAGES="$TOVI_BUILD_PACKAGES python3 libbenchmark-dev qtbase5-dev libglib2.0-dev libboost-dev libabsl-dev libroaring-dev
     nlohmann-json3-dev libpoco-dev libxml2-dev libhowardhinnant-date-dev"
 
 # Says what comes next: step "what".
