@@ -17,6 +17,9 @@ using benchmark::State;
 // A benchmark's name is "what/who" or "what/who/size". The kit's own rows have a who that begins with "kit"; the others
 // of the same what are measured in the same run, under the same conditions, and `run` compares them.
 
+/// Set by programs that start threads themselves, whose rows all have to do with more than one.
+inline bool startsThreads = false;
+
 /// Ends the program when an answer is wrong: nobody needs the time of that.
 inline void check(bool right, const char* what) {
     if (right) [[likely]]

@@ -47,7 +47,8 @@ int main(int argc, char** argv) {
     if (benchmark::ReportUnrecognizedArguments(argc, argv))
         return 1;
     benchmark::RunSpecifiedBenchmarks();
-    bench::check(static_cast<bool>(__libc_single_threaded) != threaded, "the number of threads");
+    bench::check(bench::startsThreads || static_cast<bool>(__libc_single_threaded) != threaded,
+                 "the number of threads");
     if (threaded) {
         done.release();
         idle.join();
