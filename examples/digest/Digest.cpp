@@ -17,19 +17,6 @@ Ref<NSArray> allMessages(const NSArray& mailboxes) {
     return messages.objects();
 }
 
-RefPtr<NSPredicate> selectionOf(const Options& options) {
-    const auto conditions = NSMutableArray::array();
-    if (options.since)
-        conditions->addObject(predicateWithFormatByReplacingRelativeDatePatternsWithRealDates(
-            NSString::stringWithFormat(u"date >= $-%u_start", *options.since)->view()));
-    if (!options.where.empty())
-        conditions->addObject(
-            predicateWithFormatByReplacingRelativeDatePatternsWithRealDates(NSString::fromUTF8(options.where)->view()));
-    if (conditions->count() < 2)
-        return as<NSPredicate>(conditions->firstObject());
-    return NSCompoundPredicate::andPredicateWithSubpredicates(conditions);
-}
-
 /// Calls the function; what a predicate raises becomes a text for the user.
 template <class F> auto asked(F function) {
     try {
@@ -50,9 +37,23 @@ Ref<NSArray> selected(const NSArray& mailboxes, const NSPredicate* selection) {
 
 }  // namespace
 
-Digest::Digest(Options options, const NSArray& mailboxes)
+RefPtr<NSPredicate> selectionOf(const Options& options) {
+    const auto conditions = NSMutableArray::array();
+    const auto add = [&](const NSString& format) {
+        conditions->addObject(predicateWithFormatByReplacingRelativeDatePatternsWithRealDates(format.view()));
+    };
+    if (options.since)
+        add(*NSString::stringWithFormat(u"date >= $-%u_start", *options.since));
+    if (!options.where.empty())
+        asked([&] { add(*NSString::fromUTF8(options.where)); });
+    if (conditions->count() < 2)
+        return as<NSPredicate>(conditions->firstObject());
+    return NSCompoundPredicate::andPredicateWithSubpredicates(conditions);
+}
+
+Digest::Digest(Options options, RefPtr<NSPredicate> selection, const NSArray& mailboxes)
     : options_(std::move(options)),
-      selection_(asked([&] { return selectionOf(options_); })),
+      selection_(std::move(selection)),
       mailboxes_(asked([&] { return selected(mailboxes, selection_.get()); })),
       messages_(allMessages(mailboxes_)) {}
 

@@ -5,17 +5,19 @@
 
 namespace digest {
 
+/// What messages the options ask for; nil: all. Throws std::invalid_argument, with a text for the user, when that cannot
+/// be read.
+tovi::RefPtr<tovi::NSPredicate> selectionOf(const Options& options);
+
 /// What a report is about.
 class Digest {
 public:
-    /// Throws std::invalid_argument, with a text for the user, when the options ask for messages with a predicate that
-    /// cannot be read or cannot be asked of a message.
-    Digest(Options options, const tovi::NSArray& mailboxes);
+    /// With the messages that the predicate chooses; nil: all. Throws std::invalid_argument, with a text for the user,
+    /// when it cannot be asked of a message.
+    Digest(Options options, tovi::RefPtr<tovi::NSPredicate> selection, const tovi::NSArray& mailboxes);
 
     const Options& options() const { return options_; }
-    /// What messages the options ask for; nil: all.
     const tovi::NSPredicate* selection() const { return selection_.get(); }
-    /// With the messages that the options ask for.
     const tovi::NSArray& mailboxes() const { return mailboxes_; }
     /// The messages of all mailboxes, by date.
     const tovi::NSArray& messages() const { return messages_; }

@@ -186,7 +186,7 @@ TEST(Report, keepsWithinThePageWhateverIsInTheTexts) {
     for (const int columns : {40, 80, 300}) {
         std::ostringstream out;
         Page page(out, columns, false);
-        printReport(Digest(Options(), NSArray::of(*box, *box)), page);
+        printReport(Digest(Options(), nullptr, NSArray::of(*box, *box)), page);
         const auto text = NSString::fromUTF8(out.str());
         EXPECT_EQ(out.str().find('\x1B'), std::string::npos);
         std::u16string_view rest = *text;

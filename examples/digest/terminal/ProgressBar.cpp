@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <utility>
 
 #include <terminal/Terminal.h>
 #include <terminal/TextWidth.h>
@@ -24,8 +25,10 @@ ProgressBar::ProgressBar(std::u16string label) : label_(std::move(label)), nextT
         columns_ = errors.columns;
 }
 
-ProgressBar::~ProgressBar() {
-    if (isDrawn_)
+ProgressBar::~ProgressBar() { wipe(); }
+
+void ProgressBar::wipe() {
+    if (std::exchange(isDrawn_, false))
         std::fputs("\r\033[K", stderr);
 }
 

@@ -6,7 +6,7 @@
 
 namespace digest {
 
-/// A line on the terminal that tells how far a job is; it is wiped when the job is done. It is silent unless both
+/// A line on the terminal that tells how far a job is; it is wiped at its end. It is silent unless both
 /// standard output and standard error are terminals.
 class ProgressBar {
 public:
@@ -15,6 +15,7 @@ public:
     ProgressBar(const ProgressBar&) = delete;
     ProgressBar& operator=(const ProgressBar&) = delete;
 
+    void wipe();
     /// `total` is 0 where it is not known. May be called often: it draws ten times a second at most.
     void show(std::uint64_t done, std::uint64_t total);
 
