@@ -5,8 +5,8 @@
 
 namespace digest {
 
-/// What messages the options ask for; nil: all. Throws std::invalid_argument, with a text for the user, when that cannot
-/// be read.
+/// What messages the options ask for; nil: all. Throws std::invalid_argument, with a text for the user, when that
+/// cannot be read.
 tovi::RefPtr<tovi::NSPredicate> selectionOf(const Options& options);
 
 /// What a report is about.

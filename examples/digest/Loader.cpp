@@ -6,6 +6,7 @@
 #include <thread>
 
 #include <Interruption.h>
+#include <terminal/TextWidth.h>
 
 using namespace tovi;
 
@@ -25,9 +26,8 @@ Ref<NSString> nameOf(const std::string& path) {
 }
 
 std::u16string labelOf(const Options& options) {
-    return printable(options.paths.size() == 1
-                         ? *nameOf(options.paths.front())
-                         : *NSString::stringWithFormat(u"%lu mailboxes", options.paths.size()));
+    return printable(options.paths.size() == 1 ? *nameOf(options.paths.front())
+                                               : *NSString::stringWithFormat(u"%lu mailboxes", options.paths.size()));
 }
 
 /// Listens to the default centre as long as it lives.
@@ -162,8 +162,8 @@ Ref<Mailbox> Loader::read(std::size_t number, NSThread& home) {
             throw Cancelled();
         if (const auto now = std::chrono::steady_clock::now(); now >= next) {
             next = now + interval;
-            tell(mailboxProgress, number,
-                 NSDictionary::of({{u"position", position}, {u"size", file.size()}}).get(), home);
+            tell(mailboxProgress, number, NSDictionary::of({{u"position", position}, {u"size", file.size()}}).get(),
+                 home);
         }
     });
 }
