@@ -16,7 +16,8 @@ struct RunLoopState;
 
 /// A queue of messages from any thread to the one whose run loop serves it. It holds so many messages and no more; then
 /// senders wait. Only the thread that serves it is never kept waiting, since it would wait for itself: its own messages
-/// are taken beyond the limit.
+/// are taken beyond the limit. A message in the queue holds its port, so who lets go of a port that nothing serves any
+/// more takes out what is left in it.
 class TOVI_EXPORT NSPort final : public NSObject {
     TOVI_DECLARE_CLASS(NSPort)
 

@@ -190,6 +190,7 @@ TEST(NSRunLoop, ClosesWithItsThreadAndLetsGoOfWhatIsQueued) {
     loop->performBlock([recorder] { recorder->none(); });
     EXPECT_EQ(recorder->retainCount(), 1U);
     EXPECT_TRUE(message(port, u"a")->sendBeforeDate(past()));
+    EXPECT_NE(port->takeMessage(), nullptr);
 }
 
 TEST(NSTimer, FiresByTheClockAndSkipsWhatItMissed) {
@@ -298,6 +299,7 @@ TEST(NSPort, ClosingItFailsThoseWhoWaitForRoom) {
     sender.join();
     EXPECT_FALSE(port->isValid());
     EXPECT_EQ(port->numberOfMessages(), 1U);
+    EXPECT_NE(port->takeMessage(), nullptr);
 }
 
 TEST(NSPort, DoesNotKeepTheThreadWaitingThatServesIt) {
