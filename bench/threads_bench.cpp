@@ -221,13 +221,17 @@ private:
 #endif
 
 #ifdef TOVI_BENCH_HAVE_QT
-class Qt5Receiver {
+class QtReceiver {
 public:
-    Qt5Receiver() {
+    QtReceiver() {
+        // Without one Qt drops the events of threads.
+        static int count = 1;
+        static char name[] = "bench", *arguments[] = {name, nullptr};
+        static const QCoreApplication application(count, arguments);
         object_.moveToThread(&thread_);
         thread_.start();
     }
-    ~Qt5Receiver() {
+    ~QtReceiver() {
         thread_.quit();
         thread_.wait();
     }
@@ -334,7 +338,7 @@ const int registered = [] {
     add<Functions<GLib>>("g_main_context_invoke");
 #endif
 #ifdef TOVI_BENCH_HAVE_QT
-    add<Qt5Receiver>("Qt queued");
+    add<QtReceiver>("Qt queued");
 #endif
     return 0;
 }();
