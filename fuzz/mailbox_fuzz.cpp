@@ -101,7 +101,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         const auto mailbox = Mailbox::read(name, source, MboxQuoting::mboxo, [](std::uint64_t) {});
         std::ostringstream out;
         Page page(out, 40 + static_cast<int>(size % 100), true);
-        printReport(Digest(Options(), tovi::NSArray::of(*mailbox, *mailbox)), page);
+        printReport(Digest(Options(), nullptr, tovi::NSArray::of(*mailbox, *mailbox)), page);
     } catch (const MailboxError&) {
     }
     return 0;
