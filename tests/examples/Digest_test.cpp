@@ -1,10 +1,15 @@
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
 #include <algorithm>
+#include <filesystem>
+#include <fstream>
 #include <random>
 #include <sstream>
 
 #include <Archived.h>
+#include <Loader.h>
 #include <Post.h>
 #include <Report.h>
 #include <SortedList.h>
@@ -173,6 +178,29 @@ TEST(Post, putsRepliesBelowWhatTheyAnswer) {
 TEST(Archived, reportsWhatDoesNotComeBackAsItWas) {
     EXPECT_EQ(archivedAndReadBack(NSArray::of(1, u"x"), "list").object, NSArray::of(1, u"x"));
     EXPECT_THROW(archivedAndReadBack(Forgetful::classObject().makeInstance().ref(), "test"), std::runtime_error);
+}
+
+TEST(Loader, readsManyFilesAtOnceAndKeepsTheirOrder) {
+    const auto folder = std::filesystem::temp_directory_path() / ("digest_loader_" + std::to_string(::getpid()));
+    std::filesystem::create_directory(folder);
+    Options options;
+    for (int i = 1; i <= 12; ++i) {
+        options.paths.push_back(folder / std::to_string(i));
+        if (i != 5)
+            std::ofstream(options.paths.back()) << chain(20 * i);
+    }
+    Loader loader(options);
+    testing::internal::CaptureStderr();
+    const auto mailboxes = loader.load();
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "digest: " + options.paths[4] + ": No such file or directory\n");
+    EXPECT_TRUE(loader.hasTrouble());
+    std::string names;
+    for (const Mailbox& each : mailboxes->each<Mailbox>()) {
+        names += each.name()->UTF8String() + ' ';
+        EXPECT_EQ(each.messages()->count(), 20u * static_cast<NSUInteger>(each.name()->intValue()));
+    }
+    EXPECT_EQ(names, "1 2 3 4 6 7 8 9 10 11 12 ");
+    std::filesystem::remove_all(folder);
 }
 
 TEST(Report, keepsWithinThePageWhateverIsInTheTexts) {
