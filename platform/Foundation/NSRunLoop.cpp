@@ -63,7 +63,6 @@ void NSRunLoop::addTimer_forMode(NSTimer& timer, const NSString& mode) {
 }
 
 void NSRunLoop::moveTimer(NSTimer& timer, NSTimeInterval before, bool isNews) {
-    requireOwnThread("setFireDate:");
     for (RunLoopMode& mode : state_->modes)
         if (auto entry = mode.timers.extract({before, timer.number_})) {
             entry.key().date = timer.date_;
@@ -95,7 +94,10 @@ void NSRunLoop::removePort_forMode(NSPort& port, const NSString& mode) {
     const ModeKey key = keyOfMode(mode);
     port.removeSchedule({this, key});
     const Ref<NSPort> held(port);
-    std::erase_if(state_->mode(key).ports, [&](const auto& each) { return each.get() == &port; });
+    RunLoopMode& scheduled = state_->mode(key);
+    std::erase_if(scheduled.ports, [&](const auto& each) { return each.get() == &port; });
+    // Who is going through them may now have missed the next one.
+    scheduled.portsMayHaveMessages |= scheduled.portsAreServed > 0;
 }
 
 bool NSRunLoop::enqueue(RunLoopItem&& item) { return state_->enqueue(std::move(item)); }

@@ -68,7 +68,8 @@ public:
 
     // A loop of the host's can serve this one, in place of the three operations above:
 
-    /// Readable when `runReady` is to be called, because something is ready or because `nextDeadline` has changed. For
+    /// Readable when `runReady` is to be called, because something is ready or because `nextDeadline` has changed; once
+    /// more than needed after several operations, during which it told a loop that one of them may run of the rest. For
     /// waiting only: do not read or close it. On the loop's own thread. Raises NSGenericException when the process has
     /// no descriptors left.
     int fileDescriptor();

@@ -63,6 +63,8 @@ Ref<NSDate> NSTimer::fireDate() const { return NSDate::dateWithTimeIntervalSince
 
 void NSTimer::setFireDate(const NSDate& date) {
     const NSTimeInterval seconds = date.timeIntervalSinceReferenceDate();
+    if (runLoop_)
+        runLoop_->requireOwnThread("setFireDate:");
     const NSTimeInterval before = std::exchange(date_, std::isnan(seconds) ? -HUGE_VAL : seconds);
     if (runLoop_)
         runLoop_->moveTimer(*this, before, true);
@@ -77,8 +79,9 @@ void NSTimer::comeAgainAfter(NSTimeInterval now) {
 
 void NSTimer::invalidate() {
     const Ref<NSTimer> self(*this);
-    if (NSRunLoop* const loop = std::exchange(runLoop_, nullptr))
-        loop->forgetTimer(*this);
+    if (runLoop_)
+        runLoop_->forgetTimer(*this);
+    runLoop_ = nullptr;
     const auto block = std::exchange(block_, nullptr);
     const id userInfo = std::exchange(userInfo_, nullptr);
 }

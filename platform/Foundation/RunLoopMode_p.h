@@ -65,6 +65,7 @@ struct RunLoopMode {
 
     ModeKey key;
     bool portsMayHaveMessages = false;
+    unsigned portsAreServed = 0;  ///< so many times at the moment, one inside of another
     std::deque<RunLoopItem> performs;
     std::vector<Ref<NSPort>> ports;
     std::map<Due, Ref<NSTimer>> timers;

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <exception>
+#include <iterator>
+#include <limits>
 
 #include <ToviFoundationKit/Foundation/Clock.h>
 #include <ToviFoundationKit/Foundation/NSRunLoop.h>
@@ -122,7 +124,12 @@ void RunLoopState::fireTimers(const Served& modesHere, Pass& pass) {
     if (!mode)
         return;
     const NSTimeInterval now = Clock::current().now();
-    for (; mode && mode->timers.begin()->first.date <= now; mode = earliest(modesHere, &RunLoopMode::timers, date)) {
+    // One that sets itself another date in the past comes again in the next pass.
+    std::size_t due = 0;
+    for (RunLoopMode* const each : modesHere)
+        due += static_cast<std::size_t>(std::distance(
+            each->timers.begin(), each->timers.upper_bound({now, std::numeric_limits<std::uint64_t>::max()})));
+    for (; due > 0 && mode && mode->timers.begin()->first.date <= now; --due) {
         if (isOver(pass))
             return wakeup.signal();
         const Ref<NSTimer> timer = mode->timers.begin()->second;
@@ -130,7 +137,22 @@ void RunLoopState::fireTimers(const Served& modesHere, Pass& pass) {
         // The next date first: what the timer does may change that.
         timer->comeAgainAfter(now);
         timer->fire();
+        mode = earliest(modesHere, &RunLoopMode::timers, date);
     }
+}
+
+void RunLoopState::offerTheRest(const Served& modesHere) {
+    if (!wakeup.hasDescriptor())
+        return;
+    std::size_t operations = 0;
+    for (RunLoopMode* const each : modesHere) {
+        operations += each->performs.size();
+        if (each->portsMayHaveMessages || each->portsAreServed)
+            for (const Ref<NSPort>& port : each->ports)
+                operations += port->numberOfMessages();
+    }
+    if (operations > 1)
+        wakeup.signal();
 }
 
 void RunLoopState::performItems(const Served& modesHere, Pass& pass) {
@@ -140,6 +162,7 @@ void RunLoopState::performItems(const Served& modesHere, Pass& pass) {
         RunLoopMode* const mode = earliest(modesHere, &RunLoopMode::performs, sequence);
         if (!mode || mode->performs.front().sequence >= end)
             return;
+        offerTheRest(modesHere);
         RunLoopItem item = std::move(mode->performs.front());
         mode->performs.pop_front();
         ++pass.inputs;
@@ -147,7 +170,7 @@ void RunLoopState::performItems(const Served& modesHere, Pass& pass) {
     }
 }
 
-void RunLoopState::servePort(RunLoopMode& mode, NSPort& port, NSRunLoop& loop, Pass& pass) {
+void RunLoopState::servePort(const Served& modesHere, RunLoopMode& mode, NSPort& port, NSRunLoop& loop, Pass& pass) {
     struct Leave {
         RunLoopMode& mode;
         NSPort& port;
@@ -160,6 +183,7 @@ void RunLoopState::servePort(RunLoopMode& mode, NSPort& port, NSRunLoop& loop, P
         }
     } const leave{mode, port, {&loop, mode.key}};
     for (NSUInteger queued = port.numberOfMessages(); queued > 0 && !isOver(pass); --queued) {
+        offerTheRest(modesHere);
         ++pass.inputs;
         if (!port.serveNext(leave.schedule)) {
             --pass.inputs;
@@ -168,15 +192,32 @@ void RunLoopState::servePort(RunLoopMode& mode, NSPort& port, NSRunLoop& loop, P
     }
 }
 
+namespace {
+
+/// While a port is served, what a run inside of that finds is what is left there.
+class PortsAreServed {
+public:
+    explicit PortsAreServed(RunLoopMode& mode) noexcept : mode_(mode) { ++mode.portsAreServed; }
+    ~PortsAreServed() { --mode_.portsAreServed; }
+    PortsAreServed(const PortsAreServed&) = delete;
+    PortsAreServed& operator=(const PortsAreServed&) = delete;
+
+private:
+    RunLoopMode& mode_;
+};
+
+}  // namespace
+
 void RunLoopState::servePorts(const Served& modesHere, NSRunLoop& loop, Pass& pass) {
     for (RunLoopMode* const mode : modesHere) {
-        if (!mode->portsMayHaveMessages)
+        if (!mode->portsMayHaveMessages && !mode->portsAreServed)
             continue;
         mode->dropInvalidPorts();
         mode->portsMayHaveMessages = false;
+        const PortsAreServed served(*mode);
         for (std::size_t i = 0; i < mode->ports.size(); ++i) {
             const Ref<NSPort> port = mode->ports[i];
-            servePort(*mode, port, loop, pass);
+            servePort(modesHere, *mode, port, loop, pass);
         }
     }
 }

@@ -62,7 +62,9 @@ private:
     void fireTimers(const Served& modesHere, Pass& pass);
     void performItems(const Served& modesHere, Pass& pass);
     void servePorts(const Served& modesHere, NSRunLoop& loop, Pass& pass);
-    void servePort(RunLoopMode& mode, NSPort& port, NSRunLoop& loop, Pass& pass);
+    void servePort(const Served& modesHere, RunLoopMode& mode, NSPort& port, NSRunLoop& loop, Pass& pass);
+    /// Before something is performed: tells a host's loop, which that may run, of what there is besides.
+    void offerTheRest(const Served& modesHere);
 
     std::vector<RunLoopItem> collected_;  ///< empty; its memory changes places with the inbox's
     std::uint64_t itemsCollected_ = 0;

@@ -23,6 +23,7 @@ public:
     void wait(NSTimeInterval seconds) noexcept;
     /// Readable while signalled. Made when first asked for; raises NSGenericException when there is none to be had.
     int descriptor();
+    bool hasDescriptor() const noexcept { return descriptor_.load(std::memory_order_relaxed) >= 0; }
     /// In a forked child: takes a descriptor of its own, under the same number.
     void renewDescriptor() noexcept;
 

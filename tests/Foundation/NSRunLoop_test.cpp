@@ -9,6 +9,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cmath>
 #include <thread>
 
 using namespace tovi;
@@ -139,6 +140,67 @@ TEST(NSRunLoop, ANestedRunGoesOnWithTheRest) {
     });
 }
 
+TEST(NSRunLoop, ANestedRunGoesOnWithThePorts) {
+    onFreshThread([](NSRunLoop& loop) {
+        const auto mailbox = Mailbox::mailbox();
+        const Ref<NSPort> ports[] = {NSPort::port(), NSPort::port()};
+        for (const auto& each : ports) {
+            each->setDelegate(mailbox.get());
+            loop.addPort_forMode(each, NSDefaultRunLoopMode);
+            EXPECT_TRUE(message(each, u"a")->sendBeforeDate(past()) && message(each, u"b")->sendBeforeDate(past()));
+        }
+        mailbox->then = [&] {
+            if (mailbox->text == "a") {
+                EXPECT_TRUE(loop.runMode_beforeDate(NSDefaultRunLoopMode, past()));
+                EXPECT_EQ(mailbox->text, "abab");
+            }
+        };
+        EXPECT_EQ(loop.runReady(10), 1U);
+    });
+}
+
+TEST(NSRunLoop, TheDescriptorTellsANestedHostOfTheRest) {
+    for (const bool byPort : {false, true})
+        onFreshThread([&](NSRunLoop& loop) {
+            SCOPED_TRACE(byPort);
+            const int descriptor = loop.fileDescriptor();
+            const auto mailbox = Mailbox::mailbox();
+            const auto port = NSPort::port();
+            port->setDelegate(mailbox.get());
+            loop.addPort_forMode(port, NSDefaultRunLoopMode);
+            std::vector<bool> seen;
+            mailbox->then = [&] { seen.push_back(isReadable(descriptor)); };
+            loop.runReady(10);
+            for (int i = 0; i < 2; ++i)
+                if (byPort)
+                    EXPECT_TRUE(message(port, u"a")->sendBeforeDate(past()));
+                else
+                    loop.performBlock(mailbox->then);
+            EXPECT_EQ(loop.runReady(10), 2U);
+            EXPECT_EQ(seen[0], true);
+            EXPECT_EQ(loop.runReady(10), 0U);
+            EXPECT_TRUE(message(port, u"a")->sendBeforeDate(past()));
+            EXPECT_EQ(loop.runReady(10), 1U);
+            EXPECT_EQ(seen[2], false) << "there was but one";
+        });
+}
+
+TEST(NSRunLoop, APortThatIsRemovedAsItIsServedDoesNotHideTheNextOne) {
+    onFreshThread([](NSRunLoop& loop) {
+        const auto mailbox = Mailbox::mailbox();
+        const Ref<NSPort> ports[] = {NSPort::port(), NSPort::port(), NSPort::port()};
+        for (const auto& each : ports) {
+            each->setDelegate(mailbox.get());
+            loop.addPort_forMode(each, NSDefaultRunLoopMode);
+            EXPECT_TRUE(message(each, u"a")->sendBeforeDate(past()));
+        }
+        mailbox->then = [&] { loop.removePort_forMode(ports[0], NSDefaultRunLoopMode); };
+        for (int pass = 0; pass < 2; ++pass)
+            loop.runMode_beforeDate(NSDefaultRunLoopMode, past());
+        EXPECT_EQ(mailbox->text, "aaa");
+    });
+}
+
 TEST(NSRunLoop, WhatANestedRunInAnotherModeFoundIsNotForgotten) {
     onFreshThread([](NSRunLoop& loop) {
         const int descriptor = loop.fileDescriptor();
@@ -211,6 +273,37 @@ TEST(NSTimer, FiresByTheClockAndSkipsWhatItMissed) {
         EXPECT_EQ(deadline(), 1040);
         once->fire();
         EXPECT_EQ(fired, "or");
+    });
+}
+
+TEST(NSTimer, ThatComesAgainAtOnceLetsOthersHaveTheirTurn) {
+    onFreshThread([](NSRunLoop& loop) {
+        int fired = 0, performed = 0;
+        const auto timer = NSTimer::scheduledTimerWithTimeInterval_repeats_block(1, true, [&](NSTimer& own) {
+            own.setFireDate(past());
+            if (++fired == 1000)
+                own.invalidate();
+        });
+        timer->setFireDate(NSDate::dateWithTimeIntervalSinceReferenceDate(std::nan("")));
+        loop.performBlock([&] { performed = fired; });
+        EXPECT_EQ(loop.runReady(3), 2U);
+        EXPECT_EQ(performed, 1);
+        loop.run();
+        EXPECT_EQ(fired, 1000);
+    });
+}
+
+TEST(NSTimer, IsAsItWasWhenAnotherThreadTouchedIt) {
+    onFreshThread([](NSRunLoop& loop) {
+        int fired = 0;
+        const auto timer =
+            NSTimer::scheduledTimerWithTimeInterval_repeats_block(0.001, true, [&](NSTimer&) { ++fired; });
+        std::thread([&] {
+            EXPECT_RAISES(timer->setFireDate(past()), NSInternalInconsistencyException, "belongs to another thread");
+            EXPECT_RAISES(timer->invalidate(), NSInternalInconsistencyException, "belongs to another thread");
+        }).join();
+        while (fired < 2)
+            loop.runMode_beforeDate(NSDefaultRunLoopMode, NSDate::dateWithTimeIntervalSinceNow(0.002));
     });
 }
 
@@ -329,7 +422,7 @@ TEST(NSRunLoopDescriptor, IsReadableWhileThereIsSomethingToDo) {
             std::thread([&] { loop.performBlock([] {}); }).join();
             EXPECT_TRUE(message(port, u"m")->sendBeforeDate(past()));
         }
-        for (const NSUInteger served : {2U, 2U, 2U}) {
+        for (const NSUInteger served : {2U, 2U, 2U, 0U}) {
             EXPECT_TRUE(isReadable(descriptor)) << "more is left";
             EXPECT_EQ(loop.runReady(2), served);
         }
