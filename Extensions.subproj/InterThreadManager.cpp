@@ -62,13 +62,18 @@ void InterThreadManager::initialize() {
         threadMessagePorts.store(new PortTable, std::memory_order_release);
         NSNotificationCenter::defaultCenter()->addObserver_selector_name_object(
             classObject(), "threadDied:"_sel, static_cast<NSString*>(NSThreadWillExitNotification), nullptr);
+        // In a child the threads come first, one of which the ports then ask for.
+        (void)NSThread::currentThread();
         pthread_atfork([] { pthread_mutex_lock(&threadMessagePortsMutex); },
                        [] { pthread_mutex_unlock(&threadMessagePortsMutex); }, keepOwnPortInChild);
     });
 }
 
 void InterThreadManager::threadDied(NSNotification& notification) {
-    const auto thread = to<NSThread>(notification.object());
+    const id object = notification.object();
+    if (!object)
+        return;
+    const auto thread = to<NSThread>(object);
     const RefPtr<NSRunLoop> runLoop = thread->runLoop();
     if (!runLoop)
         return;
@@ -146,8 +151,8 @@ void createMessagePortForThread() {
     const auto thread = NSThread::currentThread();
     const auto runLoop = NSRunLoop::currentRunLoop();
     const PortTableLock ports("createMessagePortForThread", __LINE__);
-    // A thread whose end was announced gets no more messages.
-    if (ports->contains(thread.get()) || thread->isFinished())
+    // Nobody would take the port away again.
+    if (ports->contains(thread.get()) || thread->isEnding())
         return;
     const auto port = NSPort::port();
     port->setDelegate(&InterThreadManager::classObject());

@@ -20,14 +20,26 @@ namespace tovi {
 
 TOVI_DEFINE_CLASS(NSThread, NSObject)
 
+namespace {
+
+constexpr unsigned long mainNumber = 1;
+
+}  // namespace
+
 /// All thread objects, for the child of a fork, in which there is but one thread.
 struct NSThread::Registry {
     std::mutex mutex;
     NSThread* first = nullptr;
+    bool mainForks = false;
 
     static Registry& shared() {
         static Registry& registry = *[] {
-            pthread_atfork([] { shared().mutex.lock(); }, [] { shared().mutex.unlock(); }, forked);
+            pthread_atfork(
+                [] {
+                    shared().mutex.lock();
+                    shared().mainForks = isMainThread();
+                },
+                [] { shared().mutex.unlock(); }, forked);
             return new Registry;
         }();
         return registry;
@@ -71,9 +83,11 @@ struct NSThread::Current {
 thread_local constinit NSThread* NSThread::Current::thread = nullptr;
 thread_local constinit bool NSThread::Current::ended = false;
 
+// The main thread need not have asked for its object for there to be one.
 void NSThread::Registry::forked() {
+    const bool wasMain = shared().mainForks;
     for (NSThread* each = shared().first; each; each = each->next_) {
-        const bool isOwn = each == Current::thread;
+        const bool isOwn = Current::thread ? each == Current::thread : wasMain && each->number_ == mainNumber;
         if (!isOwn && each->state_ != notStarted)
             each->state_ = finished;
         if (NSRunLoop* const loop = each->runLoop_)
@@ -83,8 +97,6 @@ void NSThread::Registry::forked() {
 }
 
 namespace {
-
-constexpr unsigned long mainNumber = 1;
 
 unsigned long nextNumber() noexcept {
     static constinit std::atomic<unsigned long> last{mainNumber};
@@ -204,12 +216,15 @@ void NSThread::nameItself() const {
 }
 
 Ref<NSMutableDictionary> NSThread::threadDictionary() {
-    if (Current::thread == this && somethingWasLeft_)
-        takeWhatWasLeft();
-    const std::lock_guard guard(mutex_);
-    if (!dictionary_)
-        dictionary_ = NSMutableDictionary::dictionary();
-    return dictionary_.ref();
+    const auto dictionary = [this] {
+        const std::lock_guard guard(mutex_);
+        if (!dictionary_)
+            dictionary_ = NSMutableDictionary::dictionary();
+        return dictionary_.ref();
+    }();
+    if (Current::thread == this)
+        takeWhatWasLeft(dictionary);
+    return dictionary;
 }
 
 void NSThread::leaveObject_forKey(NSObject& object, const NSString& key) {
@@ -225,16 +240,21 @@ void NSThread::leaveObject_forKey(NSObject& object, const NSString& key) {
     somethingWasLeft_ = true;
 }
 
-void NSThread::takeWhatWasLeft() {
-    decltype(left_) taken;
-    {
-        const std::lock_guard guard(mutex_);
-        taken.swap(left_);
-        somethingWasLeft_ = false;
+// One by one: what they take the place of may ask for the dictionary as it goes, and find something newer.
+void NSThread::takeWhatWasLeft(NSMutableDictionary& dictionary) {
+    while (somethingWasLeft_) {
+        decltype(left_) taken;
+        {
+            const std::lock_guard guard(mutex_);
+            if (!left_.empty()) {
+                taken.push_back(std::move(left_.back()));
+                left_.pop_back();
+            }
+            somethingWasLeft_ = !left_.empty();
+        }
+        for (auto& [key, object] : taken)
+            dictionary.setObject_forKey(object, key);
     }
-    const Ref<NSMutableDictionary> dictionary = threadDictionary();
-    for (auto& [key, object] : taken)
-        dictionary->setObject_forKey(object, key);
 }
 
 NSRunLoop* NSThread::runLoopHere() noexcept {
@@ -258,6 +278,7 @@ bool NSThread::enqueue(detail::RunLoopItem&& item) { return runLoopMade().enqueu
 
 // What goes may ask for the thread, its dictionary and its loop once more.
 void NSThread::end() noexcept {
+    state_ = announcing;
     try {
         NSNotificationCenter::defaultCenter()->postNotificationName_object(NSThreadWillExitNotification, this);
     } catch (const std::exception& raised) {

@@ -53,7 +53,8 @@ public:
     void join() const;
     void cancel() noexcept { cancelled_ = true; }  ///< sets a mark that the thread may look at
     bool isCancelled() const noexcept { return cancelled_; }
-    bool isExecuting() const noexcept { return state_ == executing || state_ == ending; }
+    bool isExecuting() const noexcept { return state_ >= executing && state_ < finished; }
+    bool isEnding() const noexcept { return state_ >= announcing; }  ///< its end is being announced, or was
     bool isFinished() const noexcept { return state_ == finished; }
 
     RefPtr<NSString> name() const;
@@ -80,13 +81,13 @@ private:
                                                                               bool wait);
     struct Current;
     struct Registry;
-    enum State : int { notStarted, executing, ending, finished };
+    enum State : int { notStarted, executing, announcing, ending, finished };
 
     NSThread(unsigned long number, State state, std::function<void()> block = nullptr);
     static NSRunLoop* runLoopHere() noexcept;
     NSRunLoop& runLoopMade();
     bool enqueue(detail::RunLoopItem&& item);
-    void takeWhatWasLeft();
+    void takeWhatWasLeft(NSMutableDictionary& dictionary);
     void nameItself() const;
     void end() noexcept;
 

@@ -425,6 +425,21 @@ TEST(InterThreadManager, TenThousandThreadsLeaveNothingBehind) {
     disableInterThreadMessages();
 }
 
+TEST(InterThreadManager, AThreadThatEndsCannotPrepareAgain) {
+    prepareForInterThreadMessages();
+    disableInterThreadMessages();
+    const auto center = NSNotificationCenter::defaultCenter();
+    const auto token = center->addObserverForName_object_usingBlock(
+        NSThreadWillExitNotification, nullptr, [](NSNotification&) { prepareForInterThreadMessages(); });
+    const auto thread = NSThread::initWithBlock([] { prepareForInterThreadMessages(); });
+    thread->start();
+    thread->join();
+    center->removeObserver(token);
+    EXPECT_RAISES(performSelector_inThread_beforeDate_waitUntilDone(thread, "name"_sel, thread.get(), nullptr, false),
+                  NSInvalidArgumentException, notPrepared(thread));
+    InterThreadManager::threadDied(NSNotification::notificationWithName_object(NSThreadWillExitNotification, nullptr));
+}
+
 TEST(InterThreadManagerDeathTest, StopsAtWhatNoSenderSends) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     InterThreadMessage message{};

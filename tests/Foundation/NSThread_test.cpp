@@ -142,6 +142,30 @@ TEST(NSThread, TakesIntoItsDictionaryWhatOtherThreadsLeft) {
     });
 }
 
+TEST(NSThread, FindsTheLatestThatWasLeft) {
+    std::atomic<long> left = 0, seen = 0;
+    long older = 0;
+    constexpr long rounds = 10'000;
+    const auto thread = NSThread::initWithBlock([&] {
+        while (seen < 2 * rounds) {
+            const long expected = left;
+            const id found = NSThread::currentThread()->threadDictionary()->objectForKey(u"key"_ns);
+            older += expected > 0 && to<NSNumber>(found)->longLongValue() < expected;
+            seen = expected;
+        }
+    });
+    thread->start();
+    for (long i = 2; i <= 2 * rounds; i += 2) {
+        thread->leaveObject_forKey(NSNumber::numberWithLongLong(i - 1), u"key"_ns);
+        thread->leaveObject_forKey(NSNumber::numberWithLongLong(i), u"key"_ns);
+        left = i;
+        while (seen < i)
+            std::this_thread::yield();
+    }
+    thread->join();
+    EXPECT_EQ(older, 0);
+}
+
 TEST(NSThreadPerform, SendsToTheOtherThreadInOrder) {
     const Worker worker;
     const auto recorder = Recorder::recorder();
