@@ -90,6 +90,8 @@ namespace {
 
 /// The message that travels by its address.
 InterThreadMessage* messageIn(const NSPortMessage& message, const char* function) {
+    if (const void* const address = message.address()) [[likely]]
+        return static_cast<InterThreadMessage*>(const_cast<void*>(address));
     const RefPtr<NSArray> components = message.components();
     detail::interThreadAssert(components && components->count() == 1, function, __LINE__, "1 == [components count]");
     const auto* const data = as<NSData>(components->objectAtIndex(0).get());
@@ -199,12 +201,10 @@ void removeMessagePortForThread(NSThread& thread, NSRunLoop& runLoop, Waiting wa
 
 namespace {
 
-bool send(const InterThreadMessage* message, NSPort& port, const NSDate& beforeDate) {
-    const auto data = NSData::dataWithBytes_length(&message, sizeof message);
-    const auto components = NSArray::arrayWithObject(data);
-    const auto portMessage = NSPortMessage::initWithSendPort_receivePort_components(&port, nullptr, components.get());
+bool send(const InterThreadMessage* message, RefPtr<NSPort> port, const NSDate& beforeDate) {
     try {
-        return portMessage->sendBeforeDate(beforeDate);
+        return NSPortMessage::initWithSendPort_receivePort_address(std::move(port), nullptr, message)
+            ->sendBeforeDate(beforeDate);
     } catch (const std::exception& raised) {
         NSLog(u"NSThread, postMessage() raised an exception:%s", raised.what());
         return false;
@@ -214,8 +214,11 @@ bool send(const InterThreadMessage* message, NSPort& port, const NSDate& beforeD
 }  // namespace
 
 void postMessage(OwnedInterThreadMessage message, NSThread* thread, const NSDate* beforeDate) {
-    const Ref<NSThread> target = thread ? Ref<NSThread>(*thread) : NSThread::currentThread();
-    const RefPtr<NSPort> port = messagePortForThread(target);
+    RefPtr<NSThread> own;  // the other one is the caller's
+    if (!thread)
+        own = NSThread::currentThread();
+    NSThread& target = thread ? *thread : *own;
+    RefPtr<NSPort> port = messagePortForThread(target);
     if (!port)
         NSException::raise(NSInvalidArgumentException,
                            u"Thread %@ is not prepared to receive inter-thread messages.  You must invoke "
@@ -223,13 +226,14 @@ void postMessage(OwnedInterThreadMessage message, NSThread* thread, const NSDate
                            target);
     const RefPtr<NSLock> waitLock = message->waitLock;
     if (waitLock) {
-        target->leaveObject_forKey(*waitLock, NSString::stringWithCharacters(InterThreadManager::waitLockKey));
+        target.leaveObject_forKey(*waitLock, NSString::stringWithCharacters(InterThreadManager::waitLockKey));
         waitLock->lock();
     }
-    const Ref<NSDate> date = beforeDate ? share(*beforeDate) : NSDate::distantFuture();
-    if (!send(message.get(), *port, date))
+    static const NSDate& anyTime = *NSDate::distantFuture().leak();
+    const NSDate& date = beforeDate ? *beforeDate : anyTime;
+    if (!send(message.get(), std::move(port), date))
         NSException::raise(NSPortTimeoutException, u"Can't send message to thread %@: timeout before date %@", target,
-                           date);
+                           share(date));
     message.release();  // to the receiver, who may be done with it already
     if (waitLock)
         waitLock->lock();

@@ -37,9 +37,9 @@ TOVI_EXPORT void disableInterThreadMessages();
 // NSFoundationVersionNumber, rounded down, is not above 567, they go the first way with no date.
 //
 // An exception of the performed operation leaves what runs the run loop there. On the first way the sender that waits
-// for it stays blocked until that thread ends. When a thread ends, only the one that was the last to send and wait, the
-// first way, is set free; its operation may not have been performed. Two threads that wait for each other wait for
-// good.
+// for it stays blocked until that thread ends. When a thread ends, only the one that was the last to send and wait, or
+// to try to, the first way, is set free; its operation may not have been performed. Two threads that wait for each
+// other wait for good.
 //
 // A nil selector or thread aborts on the first way, when it is not the current thread, and raises
 // NSInvalidArgumentException on the second.

@@ -16,13 +16,13 @@ Ref<NSPort> NSPort::port() { return portWithCapacity(usualCapacity); }
 Ref<NSPort> NSPort::portWithCapacity(NSUInteger messages) { return adopt(*new NSPort(messages)); }
 
 id NSPort::delegate() const {
-    const std::lock_guard guard(mutex_);
+    const std::lock_guard guard(outgoingMutex_);
     return delegate_;
 }
 
 void NSPort::setDelegate(NSObject* delegate) {
     id exchanged = delegate;
-    const std::lock_guard guard(mutex_);
+    const std::lock_guard guard(outgoingMutex_);
     std::swap(delegate_, exchanged);
 }
 
@@ -41,7 +41,7 @@ bool NSPort::isValid() const {
 
 void NSPort::invalidate() {
     id delegate;
-    const std::lock_guard guard(mutex_);
+    const std::scoped_lock guard(outgoingMutex_, mutex_);
     valid_ = false;
     std::swap(delegate, delegate_);
     room_.notify_all();
@@ -50,10 +50,7 @@ void NSPort::invalidate() {
         each.runLoop->portHasMessages();
 }
 
-NSUInteger NSPort::numberOfMessages() const {
-    const std::lock_guard guard(mutex_);
-    return messages_.size();
-}
+NSUInteger NSPort::numberOfMessages() const { return count_; }
 
 bool NSPort::isServedHere() const {
     return std::ranges::any_of(schedules_, [](const Schedule& each) { return each.runLoop->belongsHere(); });
@@ -61,12 +58,13 @@ bool NSPort::isServedHere() const {
 
 // Time is asked for each time round, since the clock may be another one or be set meanwhile.
 bool NSPort::waitForRoom(std::unique_lock<std::mutex>& guard, const NSDate& date) {
-    while (valid_ && messages_.size() >= capacity_ && !isServedHere()) {
+    while (valid_ && count_ >= capacity_ && !isServedHere()) {
         const NSTimeInterval seconds = date.timeIntervalSinceNow();
         if (!(seconds > 0))
             return false;
         ++waiting_;
-        room_.wait_for(guard, std::chrono::duration<double>(std::min(seconds, 1e6)));
+        if (count_ >= capacity_)
+            room_.wait_for(guard, std::chrono::duration<double>(std::min(seconds, 1e6)));
         --waiting_;
     }
     return valid_;
@@ -76,34 +74,48 @@ bool NSPort::enqueue(NSPortMessage& message, const NSDate& date) {
     std::unique_lock guard(mutex_);
     if (!waitForRoom(guard, date))
         return false;
-    messages_.push_back(message);
-    if (messages_.size() == 1)
+    incoming_.push_back(message);
+    ++count_;
+    if (incoming_.size() == 1)
         for (const Schedule& each : schedules_)
             each.runLoop->portHasMessages();
     return true;
 }
 
+void NSPort::wakeWaiting() {
+    if (waiting_ == 0)
+        return;
+    const std::lock_guard guard(mutex_);
+    room_.notify_all();
+}
+
 RefPtr<NSPortMessage> NSPort::takeLocked() {
-    if (messages_.empty())
+    if (outgoing_.empty()) {
+        const std::lock_guard guard(mutex_);
+        outgoing_.swap(incoming_);
+    }
+    if (outgoing_.empty())
         return nullptr;
-    const Ref<NSPortMessage> message = std::move(messages_.front());
-    messages_.pop_front();
+    RefPtr<NSPortMessage> message = std::move(outgoing_.front());
+    outgoing_.pop_front();
     // Waking senders one by one would change threads at each message.
-    if (waiting_ && messages_.size() <= capacity_ / 2)
-        room_.notify_all();
+    if (--count_ == capacity_ / 2)
+        wakeWaiting();
     return message;
 }
 
 RefPtr<NSPortMessage> NSPort::takeMessage() {
-    const std::lock_guard guard(mutex_);
-    return takeLocked();
+    const std::lock_guard guard(outgoingMutex_);
+    RefPtr<NSPortMessage> message = takeLocked();
+    wakeWaiting();
+    return message;
 }
 
 bool NSPort::serveNext(const Schedule& schedule) {
     RefPtr<NSPortMessage> message;
     id delegate;
     {
-        const std::lock_guard guard(mutex_);
+        const std::lock_guard guard(outgoingMutex_);
         if (valid_ && isScheduled(schedule))
             message = takeLocked();
         delegate = delegate_;
@@ -115,9 +127,9 @@ bool NSPort::serveNext(const Schedule& schedule) {
 
 bool NSPort::passEnds(const Schedule& schedule) {
     const std::lock_guard guard(mutex_);
-    if (waiting_ && messages_.size() < capacity_)
+    if (waiting_ > 0 && count_ < capacity_)
         room_.notify_all();
-    return valid_ && !messages_.empty() && isScheduled(schedule);
+    return valid_ && count_ > 0 && isScheduled(schedule);
 }
 
 bool NSPort::isScheduled(const Schedule& schedule) const {
@@ -125,7 +137,7 @@ bool NSPort::isScheduled(const Schedule& schedule) const {
 }
 
 bool NSPort::addSchedule(const Schedule& schedule) {
-    const std::lock_guard guard(mutex_);
+    const std::scoped_lock guard(outgoingMutex_, mutex_);
     if (!valid_ || isScheduled(schedule))
         return false;
     schedules_.push_back(schedule);
@@ -133,7 +145,7 @@ bool NSPort::addSchedule(const Schedule& schedule) {
 }
 
 void NSPort::removeSchedule(const Schedule& schedule) {
-    const std::lock_guard guard(mutex_);
+    const std::scoped_lock guard(outgoingMutex_, mutex_);
     std::erase(schedules_, schedule);
 }
 

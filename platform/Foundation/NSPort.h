@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <condition_variable>
 #include <deque>
 #include <mutex>
@@ -54,10 +55,13 @@ private:
         friend bool operator==(const Schedule&, const Schedule&) = default;
     };
 
+    using Queue = std::deque<Ref<NSPortMessage>>;
+
     explicit NSPort(NSUInteger capacity) : capacity_(capacity ? capacity : 1) {}
 
     bool enqueue(NSPortMessage& message, const NSDate& date);
     bool waitForRoom(std::unique_lock<std::mutex>& guard, const NSDate& date);
+    void wakeWaiting();
     bool isServedHere() const;
     /// Hands the next message to the delegate; false when there is none, or the schedule is over.
     bool serveNext(const Schedule& schedule);
@@ -68,14 +72,26 @@ private:
     bool addSchedule(const Schedule& schedule);
     void removeSchedule(const Schedule& schedule);
 
-    const NSUInteger capacity_;
-    mutable std::mutex mutex_;
-    std::condition_variable room_;
-    std::deque<Ref<NSPortMessage>> messages_;
-    NSUInteger waiting_ = 0;
+    // What hardly changes, what each side changes and what both do are apart, for the processors' caches.
+    alignas(64) const NSUInteger capacity_;
+    // To be changed with both locks, and read with either.
     bool valid_ = true;
-    id delegate_;
     std::vector<Schedule> schedules_;  ///< the run loops hold the port, not the other way round
+
+    // Senders fill one queue while the other, with the older messages, is emptied; only when that one is empty do both
+    // sides meet. Who takes both locks takes this one first.
+    alignas(64) mutable std::mutex outgoingMutex_;
+    Queue outgoing_;
+    id delegate_;
+
+    alignas(64) mutable std::mutex mutex_;
+    Queue incoming_;
+    std::condition_variable room_;
+
+    // The one who takes lowers the first, then looks at the second; the one who waits raises the second, then looks at
+    // the first.
+    alignas(64) std::atomic<NSUInteger> count_{0};
+    std::atomic<NSUInteger> waiting_{0};
 };
 
 }  // namespace tovi

@@ -106,11 +106,12 @@ void performBefore(NSObject& target, const Worker& worker, const NSDate* date, b
     performSelector_inThread_beforeDate_waitUntilDone(target, "none"_sel, worker.get(), date, wait);
 }
 
-/// A message by hand, as it goes through a port.
+/// A message by hand, of the components that it has when it goes through a port.
 Ref<NSPortMessage> portMessage(InterThreadMessage* message, int components = 1) {
+    const auto sent = NSPortMessage::initWithSendPort_receivePort_address(nullptr, nullptr, message);
     const auto list = NSMutableArray::array();
     for (int i = 0; i < components; ++i)
-        list->addObject(NSData::dataWithBytes_length(&message, sizeof message));
+        list->addObjectsFromArray(*sent->components());
     return NSPortMessage::initWithSendPort_receivePort_components(nullptr, nullptr, list.get());
 }
 
