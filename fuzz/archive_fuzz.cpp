@@ -1,19 +1,12 @@
 // Archives: anything may be thrown at the unarchivers. What they bring back is archived again; that archive must bring
 // back the same, so that a third one is equal byte for byte.
 
-#include <cstdint>
-#include <cstdlib>
-
 #include "../tests/support/Dissolve.h"
+#include "Support.h"
 
 using namespace tovi;
 
 namespace {
-
-void require(bool condition) {
-    if (!condition)
-        std::abort();
-}
 
 /// Whether an object is equal to itself by value: it contains neither itself nor a NaN nor a node, which may contain
 /// itself or have no data, and is small enough to be compared.

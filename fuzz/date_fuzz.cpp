@@ -4,23 +4,17 @@
 
 #include <bit>
 #include <cmath>
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
 #include <string>
 
 #include <unicode/udat.h>
 
 #include <ToviFoundationKit/ToviFoundationKit.h>
 
+#include "Support.h"
+
 using namespace tovi;
 
 namespace {
-
-void require(bool condition) {
-    if (!condition)
-        std::abort();
-}
 
 constexpr std::u16string_view letters = u"GyYuUrQqMLwWdDFgEecabBhHKkmsSAzZOvVXxl";
 

@@ -2,22 +2,17 @@
 // pieces must mean what they mean at once; leniently, everything has a text, and the same one when nothing is wrong.
 
 #include <algorithm>
-#include <cstdint>
-#include <cstdlib>
 #include <span>
 
 #include <ToviFoundationKit/Foundation/NSData.h>
 #include <ToviFoundationKit/Foundation/TextDecoder_p.h>
 
+#include "Support.h"
+
 using namespace tovi;
 using detail::TextDecoder;
 
 namespace {
-
-void require(bool condition) {
-    if (!condition)
-        std::abort();
-}
 
 struct Decoded {
     bool valid;

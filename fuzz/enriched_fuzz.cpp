@@ -2,8 +2,6 @@
 // character of plain text is lost.
 
 #include <algorithm>
-#include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -11,14 +9,11 @@
 #include <ToviFoundationKit/Mail/MailText.h>
 #include <ToviFoundationKit/ToviFoundationKit.h>
 
+#include "Support.h"
+
 using namespace tovi;
 
 namespace {
-
-void require(bool condition) {
-    if (!condition)
-        std::abort();
-}
 
 constexpr std::string_view pairs[] = {"b", "i", "u", "tt", "font", "p", "blockquote", "address", "span"};
 constexpr std::string_view singles[] = {"br", "hr"};

@@ -1,21 +1,12 @@
 // Character references, beside the same scanned step by step; and what was encoded decodes to itself.
 
-#include <cstdint>
-#include <cstdio>
-#include <cstdlib>
-
 #include <ToviFoundationKit/ToviFoundationKit.h>
+
+#include "Support.h"
 
 using namespace tovi;
 
 namespace {
-
-void require(bool condition, const char* what) {
-    if (condition)
-        return;
-    std::fprintf(stderr, "%s\n", what);
-    std::abort();
-}
 
 /// What is behind "&#".
 void scanNumeric(NSScanner& scanner, NSMutableString& out) {

@@ -2,9 +2,7 @@
 // neither read past the arguments nor grow beyond its bound.
 
 #include <algorithm>
-#include <cstdint>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -12,36 +10,11 @@
 #include <ToviFoundationKit/Runtime/NSFormat.h>
 #include <ToviFoundationKit/Runtime/NSNumber.h>
 
+#include "Support.h"
+
 using namespace tovi;
 
 namespace {
-
-struct Input {
-    const std::uint8_t* data;
-    std::size_t size;
-
-    std::uint8_t byte() {
-        if (!size)
-            return 0;
-        --size;
-        return *data++;
-    }
-    template <class T> T value() {
-        T result{};
-        const std::size_t count = std::min(size, sizeof result);
-        std::memcpy(&result, data, count);
-        data += count;
-        size -= count;
-        return result;
-    }
-};
-
-void require(bool condition, const std::string& what) {
-    if (condition)
-        return;
-    std::fprintf(stderr, "%s\n", what.c_str());
-    std::abort();
-}
 
 constexpr NSUInteger longestArgument = 32, longestConversion = 4095 + 400;
 
@@ -136,7 +109,7 @@ void formatAsC(Input input) {
     } else {
         run(input.value<int>(), "");
     }
-    require(result->UTF8String() == expected, format + ": " + result->UTF8String() + ", in C: " + expected);
+    require(result->UTF8String() == expected, (format + ": " + result->UTF8String() + ", in C: " + expected).c_str());
 }
 
 }  // namespace

@@ -1,21 +1,16 @@
 // Bytes to hexadecimal digits and back; and any text as digits, against the same thing done one byte after the other.
 
-#include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <string>
 
 #include <ToviFoundationKit/Extensions/NSData-QVLAdditions.h>
 #include <ToviFoundationKit/Extensions/NSString-HexStringRepresentations.h>
 
+#include "Support.h"
+
 using namespace tovi;
 
 namespace {
-
-void require(bool condition) {
-    if (!condition)
-        std::abort();
-}
 
 void roundTrips(std::span<const std::uint8_t> input) {
     const auto data = NSData::dataWithBytes(std::as_bytes(input));

@@ -1,9 +1,6 @@
 // Reads any bytes as a mailbox: whole and in small blocks, which must come to the same, and prints the digest of it.
 // Then as one message, and as what its parsers are for.
 
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
 #include <sstream>
 
 #include <mail/Charset.h>
@@ -15,15 +12,12 @@
 #include <mail/TransferEncoding.h>
 #include <Report.h>
 
+#include "Support.h"
+
 using namespace digest;
 using namespace tovi::literals;
 
 namespace {
-
-void require(bool condition) {
-    if (!condition)
-        std::abort();
-}
 
 /// All that the reader tells about a mailbox, as one text.
 std::string reading(std::string_view text, std::size_t blockSize, MboxLimits limits) {

@@ -1,26 +1,15 @@
 // Delimiter patterns, tags and blanks in texts of few characters, beside the same told step by step. The input's first
 // two bytes say how much of the rest is the pattern and the replacement.
 
-#include <cstdint>
-#include <cstdio>
-#include <cstdlib>
-
 #include <ToviFoundationKit/ToviFoundationKit.h>
 
 #include "../tests/support/PatternSteps.h"
+#include "../tests/support/Text.h"
+#include "Support.h"
 
 using namespace tovi;
 
 namespace {
-
-void require(bool condition, const char* what) {
-    if (condition)
-        return;
-    std::fprintf(stderr, "%s\n", what);
-    std::abort();
-}
-
-Ref<NSString> text(std::u16string_view units) { return NSString::stringWithCharacters(units); }
 
 void rewrite(const std::u16string& receiver, const std::u16string& pattern, const std::u16string& replacement) {
     const bool isComplete = piecesOf(pattern).size() < 2 || piecesOf(replacement).size() > 1;

@@ -1,9 +1,6 @@
 // Searches and compares small texts, and does the same the slow way: by normalising and folding every part of the text.
 
 #include <algorithm>
-#include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <string>
 #include <string_view>
 
@@ -12,6 +9,8 @@
 #include <unicode/ustring.h>
 
 #include <ToviFoundationKit/Runtime/NSString.h>
+
+#include "Support.h"
 
 using namespace tovi;
 
@@ -27,36 +26,18 @@ constexpr std::u16string_view alphabet =
     u"\uFE0F"
     u"\U00010400\U00010428\U0001D15E\U0002F800\u4E3D\uF900\xD83D\xDE00\U0001F600\u2126\u03C9 \n";
 
-struct Input {
-    const std::uint8_t* data;
-    std::size_t size;
-
-    std::uint8_t byte() {
-        if (!size)
-            return 0;
-        --size;
-        return *data++;
+std::u16string textFrom(Input& input, std::size_t length, bool raw) {
+    std::u16string result;
+    for (; length && input.size; --length) {
+        const std::uint8_t first = input.byte();
+        result += raw ? static_cast<char16_t>(first << 8 | input.byte()) : alphabet[first % alphabet.size()];
     }
-    std::u16string text(std::size_t length, bool raw) {
-        std::u16string result;
-        for (; length && size; --length) {
-            const std::uint8_t first = byte();
-            result += raw ? static_cast<char16_t>(first << 8 | byte()) : alphabet[first % alphabet.size()];
-        }
-        return result;
-    }
-};
+    return result;
+}
 
 /// Long texts are searched in another way than short ones. No text that is searched for has this unit.
 constexpr std::size_t paddingLength = 600;
 constexpr char16_t padding = u'!';
-
-void require(bool condition, const char* what) {
-    if (condition)
-        return;
-    std::fprintf(stderr, "%s\n", what);
-    std::abort();
-}
 
 /// The slow way.
 struct Oracle {
@@ -186,9 +167,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::uint8_t mode = input.byte();
     const auto options = static_cast<NSStringCompareOptions>((mode & 15) | (mode & 64) << 1);
     const bool raw = mode & 16, padded = !raw && mode & 32;
-    const std::u16string wanted = input.text(input.byte() % 8, raw);
+    const std::u16string wanted = textFrom(input, input.byte() % 8, raw);
     const std::uint8_t skipped = input.byte(), cut = input.byte();
-    std::u16string units = input.text(80, raw);
+    std::u16string units = textFrom(input, 80, raw);
     if (padded)
         units.insert(0, paddingLength, padding);
 

@@ -1,22 +1,17 @@
 // String tables: anything may be thrown at the parser. What it understood is written in the plainest way and must be
 // understood alike; what it refused must have a place inside the file.
 
-#include <cstdint>
 #include <cstdio>
-#include <cstdlib>
 #include <string>
 
 #include <ToviFoundationKit/Foundation/NSError.h>
 #include <ToviFoundationKit/Foundation/StringsFile.h>
 
+#include "Support.h"
+
 using namespace tovi;
 
 namespace {
-
-void require(bool condition) {
-    if (!condition)
-        std::abort();
-}
 
 void appendQuoted(std::u16string& file, const NSObject& object) {
     file += u'"';

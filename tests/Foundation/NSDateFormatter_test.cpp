@@ -8,6 +8,7 @@
 #include <support/Expect.h>
 #include <support/Icu.h>
 #include <support/Place.h>
+#include <support/Text.h>
 
 using namespace tovi;
 using namespace moments;
@@ -28,7 +29,7 @@ Ref<NSDateFormatter> formatter(std::string_view localeIdentifier, std::u16string
 Ref<NSDateFormatter> formatter(std::string_view localeIdentifier, std::u16string_view zoneName,
                                std::u16string_view pattern) {
     const auto made = formatter(localeIdentifier, zoneName);
-    made->setDateFormat(NSString::stringWithCharacters(pattern));
+    made->setDateFormat(text(pattern));
     return made;
 }
 
@@ -41,38 +42,18 @@ icu_reference::Format icuFormat(const char* localeIdentifier, std::u16string_vie
     return made;
 }
 
-std::string utf8(std::u16string_view text) { return NSString::stringWithCharacters(text)->UTF8String(); }
+std::string utf8(std::u16string_view units) { return text(units)->UTF8String(); }
 
 std::string printed(const NSDateFormatter& by, double second) {
-    const auto text = by.stringFromDate(at(second));
-    return text ? text->UTF8String() : "nil";
+    const auto shown = by.stringFromDate(at(second));
+    return shown ? shown->UTF8String() : "nil";
 }
 
 // Every kind of locale: other digits, digits of two code units, other calendars, other hours and weeks, scripts from
 // right to left.
-const char* const locales[] = {"en_US",
-                               "en_GB",
-                               "de_DE",
-                               "fr_CA",
-                               "ar_EG",
-                               "fa_IR",
-                               "th_TH",
-                               "ja_JP",
-                               "zh_Hant_TW",
-                               "hi_IN",
-                               "bn_BD",
-                               "ccp",
-                               "my_MM",
-                               "he_IL",
-                               "sr_Latn",
-                               "am_ET",
-                               "sw_KE",
-                               "es_MX",
-                               "root",
-                               "ko_KR",
-                               "ja_JP@calendar=japanese",
-                               "de_DE@numbers=arab",
-                               "en_US_POSIX"};
+const auto locales =
+    words("en_US en_GB de_DE fr_CA ar_EG fa_IR th_TH ja_JP zh_Hant_TW hi_IN bn_BD ccp my_MM he_IL sr_Latn am_ET sw_KE "
+          "es_MX root ko_KR ja_JP@calendar=japanese de_DE@numbers=arab en_US_POSIX");
 
 const double moment[] = {1795383605.123, 0,     -14182940.5, 951782399.999, -5e9,
                          -61e9,          -63e9, 4e10,        1792888200,    1767225599};
@@ -92,12 +73,12 @@ TEST(NSDateFormatter, PrintsEveryFieldAsICUDoes) {
     for (const char16_t letter : std::u16string_view(u"GyYuUrQqMLwWdDFgEecabBhHKkmsSAzZOvVXx"))
         for (std::size_t count = 1; count <= 11; ++count)
             patterns.emplace_back(count, letter);
-    for (const char* name : locales) {
+    for (const std::string& name : locales) {
         const std::u16string_view zoneName = name[0] % 2 ? u"America/New_York" : u"Africa/Monrovia";
         const auto kit = formatter(name, zoneName);
         for (const std::u16string& pattern : patterns) {
-            kit->setDateFormat(NSString::stringWithCharacters(pattern));
-            const auto reference = icuFormat(name, zoneName, UDAT_PATTERN, UDAT_PATTERN, pattern);
+            kit->setDateFormat(text(pattern));
+            const auto reference = icuFormat(name.c_str(), zoneName, UDAT_PATTERN, UDAT_PATTERN, pattern);
             for (const double second : moment)
                 ASSERT_EQ(printed(kit, second),
                           utf8(icu_reference::print(reference.get(), std::floor(second * 1000 + 0.05))))
@@ -223,7 +204,7 @@ TEST(NSDateFormatter, ReadsTheWholeTextOrNothing) {
         const auto reader = formatter(row.locale, u"Europe/Berlin", row.pattern);
         for (const bool lenient : {false, true}) {
             reader->setLenient(lenient);
-            const auto date = reader->dateFromString(NSString::stringWithCharacters(row.text));
+            const auto date = reader->dateFromString(text(row.text));
             EXPECT_EQ(date ? date->description()->UTF8String() : "nil", lenient ? row.lenient : row.strict)
                 << utf8(row.text) << lenient;
         }
@@ -259,15 +240,15 @@ TEST(NSDateFormatter, ReadsPlainNumbersAsICUDoes) {
             byICU->setLenient(lenient);
             for (int i = 0; i < 2000; ++i) {
                 const double second = std::uniform_int_distribution(-2000000000, 2000000000)(random);
-                std::u16string text(plain->stringFromDate(at(second)).ref()->view());
+                std::u16string changed(plain->stringFromDate(at(second)).ref()->view());
                 if (i % 3)
-                    text[random() % text.size()] = u"0123456789 -:.x"[random() % 15];
+                    changed[random() % changed.size()] = u"0123456789 -:.x"[random() % 15];
                 if (i % 50 == 0)
-                    text.pop_back();
-                const auto string = NSString::stringWithCharacters(text);
+                    changed.pop_back();
+                const auto string = text(changed);
                 const auto one = plain->dateFromString(string), other = byICU->dateFromString(string);
-                ASSERT_EQ(static_cast<bool>(one), static_cast<bool>(other)) << utf8(text);
-                ASSERT_TRUE(!one || std::abs(one->timeIntervalSinceDate(*other)) < 1e-6) << utf8(text);
+                ASSERT_EQ(static_cast<bool>(one), static_cast<bool>(other)) << utf8(changed);
+                ASSERT_TRUE(!one || std::abs(one->timeIntervalSinceDate(*other)) < 1e-6) << utf8(changed);
             }
         }
 }

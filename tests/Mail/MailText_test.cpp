@@ -3,6 +3,8 @@
 #include <ToviFoundationKit/Mail/MailText.h>
 #include <ToviFoundationKit/ToviFoundationKit.h>
 
+#include <support/Text.h>
+
 using namespace tovi;
 
 namespace {
@@ -19,13 +21,6 @@ struct Row {
     std::string text;
     std::string html;
 };
-
-std::string repeated(std::string_view text, int count) {
-    std::string result;
-    for (int i = 0; i < count; ++i)
-        result += text;
-    return result;
-}
 
 }  // namespace
 

@@ -7,6 +7,8 @@
 #include <mail/MessageText.h>
 #include <mail/TransferEncoding.h>
 
+#include <support/Text.h>
+
 using namespace digest;
 using namespace tovi;
 
@@ -44,13 +46,6 @@ void expectTexts(const std::vector<Row>& rows) {
         EXPECT_EQ(read.text->view(), row.expected) << row.text;
         EXPECT_EQ(joined(read.problems), row.problem) << row.text;
     }
-}
-
-std::string repeated(std::string_view text, int count) {
-    std::string result;
-    for (int i = 0; i < count; ++i)
-        result += text;
-    return result;
 }
 
 }  // namespace
