@@ -124,16 +124,3 @@ TEST(NSMutableArrayAdditions, ABlockIsInsertedInItsOwnOrder) {
     EXPECT_RAISES(insertObjectsFromArray_atIndex(frozen, NSArray::of(1), 0), NSInvalidArgumentException,
                   "unrecognized selector sent to instance");
 }
-
-TEST(NSMutableArrayAdditions, EveryOperationIsReachedThroughItsSelector) {
-    for (const char* name :
-         {"insertionIndexOfObject:usingComparator:startingAtIndex:allowsDuplicates:",
-          "insertionIndexOfObject:usingComparatorFunction:startingAtIndex:allowsDuplicates:",
-          "insertObject:usingComparator:startingAtIndex:allowsDuplicates:",
-          "insertObject:usingComparatorFunction:startingAtIndex:allowsDuplicates:",
-          "insertObject:usingComparator:startingAtIndex:", "insertObject:usingComparatorFunction:startingAtIndex:",
-          "shuffle", "reverse", "removeIdenticalObjectsFromArray:", "insertObjectsFromArray:atIndex:"}) {
-        EXPECT_TRUE(NSMutableArray::classObject().instancesRespondToSelector(Selector::named(name))) << name;
-        EXPECT_FALSE(NSArray::classObject().instancesRespondToSelector(Selector::named(name))) << name;
-    }
-}

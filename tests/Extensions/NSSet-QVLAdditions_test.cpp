@@ -35,10 +35,3 @@ TEST(NSSetAdditions, OddEqualityDoesNoHarm) {
     flatterers->addObject(NSNumber::numberWithInt(1));
     EXPECT_EQ(setByComplementingIntersectionWithSet(set(1, 2), flatterers), set(2));
 }
-
-TEST(NSSetAdditions, EveryOperationIsReachedThroughItsSelector) {
-    for (const char* name :
-         {"setByUnioningSet:", "setByMinusingSet:", "setByIntersectingSet:", "setByComplementingIntersectionWithSet:",
-          "setByAddingObject:", "setByAddingObjectsFromArray:", "setByRemovingObject:"})
-        EXPECT_TRUE(NSSet::classObject().instancesRespondToSelector(Selector::named(name))) << name;
-}
