@@ -1,9 +1,8 @@
 #include <gtest/gtest.h>
-#include <support/SmallStack.h>
 
-#include <ToviFoundationKit/Foundation/NSMutableArray.h>
-#include <ToviFoundationKit/Foundation/NSMutableDictionary.h>
-#include <ToviFoundationKit/Foundation/NSMutableSet.h>
+#include <ToviFoundationKit/ToviFoundationKit.h>
+
+#include <support/SmallStack.h>
 
 using namespace tovi;
 

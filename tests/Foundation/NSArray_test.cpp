@@ -3,13 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include <ToviFoundationKit/Foundation/NSDictionary.h>
-#include <ToviFoundationKit/Foundation/NSEnumerator.h>
-#include <ToviFoundationKit/Foundation/NSMutableArray.h>
-#include <ToviFoundationKit/Foundation/NSMutableIndexSet.h>
-#include <ToviFoundationKit/Foundation/NSNull.h>
-#include <ToviFoundationKit/Foundation/NSSet.h>
-#include <ToviFoundationKit/Runtime/Message.h>
+#include <ToviFoundationKit/ToviFoundationKit.h>
 
 #include <support/Expect.h>
 

@@ -3,7 +3,8 @@
 #include <ToviFoundationKit/ToviFoundationKit.h>
 
 #include <mutex>
-#include <thread>
+
+#include <support/Threads.h>
 
 using namespace tovi;
 
@@ -25,15 +26,11 @@ TEST(NSLock, IsGivenBackByAnyThread) {
 TEST(NSLock, ExcludesThreadsFromEachOther) {
     const auto lock = NSLock::init();
     long sum = 0;
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 4; ++t)
-        threads.emplace_back([&] {
-            for (int i = 0; i < 20000; ++i) {
-                const std::lock_guard guard(*lock);
-                ++sum;
-            }
-        });
-    for (std::thread& thread : threads)
-        thread.join();
+    onThreads(4, [&](int) {
+        for (int i = 0; i < 20000; ++i) {
+            const std::lock_guard guard(*lock);
+            ++sum;
+        }
+    });
     EXPECT_EQ(sum, 80000);
 }

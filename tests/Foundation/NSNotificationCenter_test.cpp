@@ -3,11 +3,10 @@
 #include <ToviFoundationKit/ToviFoundationKit.h>
 
 #include <support/Expect.h>
+#include <support/Threads.h>
 #include <support/Worker.h>
 
 #include <malloc.h>
-
-#include <thread>
 
 using namespace tovi;
 
@@ -171,19 +170,15 @@ TEST(NSNotificationCenter, IsUsedByManyThreadsAtOnce) {
     std::atomic<int> told = 0;
     const auto always =
         center->addObserverForName_object_usingBlock(name.get(), nullptr, [&](NSNotification&) { ++told; });
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 4; ++t)
-        threads.emplace_back([&, t] {
-            const auto held = Recorder::recorder();
-            for (int i = 0; i < 500; ++i) {
-                const auto token = center->addObserverForName_object_usingBlock(
-                    t % 2 ? name.get() : nullptr, nullptr, [held](NSNotification&) { held->none(); });
-                center->postNotificationName_object(name, nullptr);
-                center->removeObserver(token);
-            }
-            EXPECT_GE(held->lines().size(), 500U);
-        });
-    for (std::thread& each : threads)
-        each.join();
+    onThreads(4, [&](int t) {
+        const auto held = Recorder::recorder();
+        for (int i = 0; i < 500; ++i) {
+            const auto token = center->addObserverForName_object_usingBlock(t % 2 ? name.get() : nullptr, nullptr,
+                                                                            [held](NSNotification&) { held->none(); });
+            center->postNotificationName_object(name, nullptr);
+            center->removeObserver(token);
+        }
+        EXPECT_GE(held->lines().size(), 500U);
+    });
     EXPECT_EQ(told, 2000);
 }

@@ -3,10 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include <ToviFoundationKit/Foundation/NSEnumerator.h>
-#include <ToviFoundationKit/Foundation/NSMutableArray.h>
-#include <ToviFoundationKit/Foundation/NSMutableSet.h>
-#include <ToviFoundationKit/Runtime/Message.h>
+#include <ToviFoundationKit/ToviFoundationKit.h>
 
 #include <support/Expect.h>
 

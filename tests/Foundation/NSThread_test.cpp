@@ -3,6 +3,7 @@
 #include <ToviFoundationKit/ToviFoundationKit.h>
 
 #include <support/Expect.h>
+#include <support/Log.h>
 #include <support/Worker.h>
 
 #include <pthread.h>
@@ -121,14 +122,13 @@ TEST(NSThread, AnObserverThatRaisesDoesNotKeepAThreadFromEnding) {
     const auto center = NSNotificationCenter::defaultCenter();
     const auto token = center->addObserverForName_object_usingBlock(
         NSThreadWillExitNotification, nullptr, [](NSNotification&) { NSException::raise(u"Odd", u"on purpose"); });
-    std::string logged;
-    const LogSink previous = setLogSink([&](const NSString& message) { logged = message.UTF8String(); });
+    const Log log;
     const auto thread = NSThread::initWithBlock([] {});
     thread->start();
     thread->join();
-    setLogSink(previous);
     center->removeObserver(token);
-    EXPECT_EQ(logged, "An observer of NSThreadWillExitNotification raised an exception:Odd: on purpose");
+    EXPECT_EQ(log.lines, std::vector<std::string>{
+                             "An observer of NSThreadWillExitNotification raised an exception:Odd: on purpose"});
 }
 
 TEST(NSThread, TakesIntoItsDictionaryWhatOtherThreadsLeft) {

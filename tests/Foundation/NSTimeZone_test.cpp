@@ -5,6 +5,7 @@
 #include <optional>
 #include <thread>
 
+#include <support/ArchivedPerson.h>
 #include <support/Expect.h>
 #include <support/Icu.h>
 #include <support/Place.h>
@@ -126,10 +127,8 @@ TEST(NSTimeZone, AnswersAtAnyMoment) {
 TEST(NSTimeZone, AndLocalesAreArchived) {
     const auto locale = NSLocale::localeWithLocaleIdentifier(u"pt-br"_ns);
     const Ref<NSArray> both = NSArray::of(zone(u"Europe/Berlin"), zone(u"GMT+0130"), locale);
-    const id keyed = NSKeyedUnarchiver::unarchiveObjectWithData(NSKeyedArchiver::archivedDataWithRootObject(*both));
-    EXPECT_TRUE(both->isEqual(keyed));
-    const id plain = NSUnarchiver::unarchiveObjectWithData(NSArchiver::archivedDataWithRootObject(*both));
-    EXPECT_TRUE(both->isEqual(plain));
+    for (const ArchiveForm& form : archiveForms)
+        EXPECT_TRUE(both->isEqual(form.unarchive(form.archive(*both), nullptr)));
 }
 
 TEST(NSLocale, IsReadFromAnyIdentifier) {

@@ -6,9 +6,7 @@
 
 #include <gtest/gtest.h>
 
-#include <ToviFoundationKit/Foundation/NSMutableArray.h>
-#include <ToviFoundationKit/Runtime/Additions.h>
-#include <ToviFoundationKit/Runtime/Message.h>
+#include <ToviFoundationKit/ToviFoundationKit.h>
 
 #include <support/Expect.h>
 

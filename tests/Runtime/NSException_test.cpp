@@ -3,39 +3,12 @@
 #include <ToviFoundationKit/ToviFoundationKit.h>
 
 #include <support/Expect.h>
+#include <support/Log.h>
+#include <support/RecordingHandler.h>
 
 #include <thread>
 
 using namespace tovi;
-
-namespace {
-
-/// Remembers failures and lets the operation go on.
-class Recorder final : public NSAssertionHandler {
-    TOVI_CLASS(Recorder, NSAssertionHandler)
-
-public:
-    static Ref<Recorder> make() { return adopt(*new Recorder); }
-
-    void handleFailureInMethod_object_file_lineNumber_description(Selector method, const NSObject* object,
-                                                                  const char* file, NSInteger line,
-                                                                  std::u16string_view format,
-                                                                  FormatArguments arguments) override {
-        report = NSString::stringWithFormat(u"%s %@ %s:%ld %@", method, object, file, line,
-                                            NSString::stringWithFormat_arguments(format, arguments));
-    }
-
-    Ref<NSString> report = NSString::string();
-};
-
-/// The messages logged while it lives.
-struct Log {
-    std::vector<std::string> lines;
-    LogSink before = setLogSink([this](const NSString& message) { lines.push_back(message.UTF8String()); });
-    ~Log() { setLogSink(before); }
-};
-
-}  // namespace
 
 TEST(NSException, CarriesNameReasonAndUserInfo) {
     const auto info = NSDictionary::of({{u"key", 1}});
@@ -74,7 +47,7 @@ TEST(NSAssertionHandler, LogsAndRaisesUnlessItIsReplaced) {
     EXPECT_EQ(log.lines, (std::vector<std::string>{"*** Assertion failure in -[NSString frob:], Unit/File:73",
                                                    "*** Assertion failure in +[NSString frob:], Unit/File:73",
                                                    "*** Assertion failure in week, Unit/File:5"}));
-    const auto recorder = Recorder::make();
+    const auto recorder = RecordingHandler::make();
     {
         const ScopedAssertionHandler scope(recorder);
         fail(u"x"_ns);

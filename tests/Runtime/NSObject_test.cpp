@@ -3,8 +3,7 @@
 #include <ToviFoundationKit/ToviFoundationKit.h>
 
 #include <support/Expect.h>
-
-#include <thread>
+#include <support/Threads.h>
 
 using namespace tovi;
 
@@ -82,14 +81,10 @@ TEST(NSObject, IsDestroyedOnceHoweverManyThreadsLetGo) {
     Link::destroyed = 0;
     for (int round = 0; round < 200; ++round) {
         const Ref<Link> shared = Link::before(Link::before(nullptr));
-        std::vector<std::thread> threads;
-        for (int t = 0; t < 4; ++t)
-            threads.emplace_back([mine = RefPtr<Link>(shared)]() mutable {
-                for (int i = 0; i < 100; ++i)
-                    const RefPtr<Link> another = mine;
-            });
-        for (std::thread& thread : threads)
-            thread.join();
+        onThreads(4, [mine = RefPtr<Link>(shared)](int) {
+            for (int i = 0; i < 100; ++i)
+                const RefPtr<Link> another = mine;
+        });
     }
     EXPECT_EQ(Link::destroyed, 400);
 }

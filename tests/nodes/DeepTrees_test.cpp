@@ -1,11 +1,8 @@
 #include <gtest/gtest.h>
-#include <support/SmallStack.h>
 
-#include <ToviFoundationKit/Foundation/NSKeyedArchiver.h>
-#include <ToviFoundationKit/Foundation/NSKeyedUnarchiver.h>
-#include <ToviFoundationKit/nodes/QVLHashNode.h>
-#include <ToviFoundationKit/nodes/QVLNode2.h>
-#include <ToviFoundationKit/Runtime/NSNumber.h>
+#include <ToviFoundationKit/ToviFoundationKit.h>
+
+#include <support/SmallStack.h>
 
 using namespace tovi;
 

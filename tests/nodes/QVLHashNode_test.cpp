@@ -1,13 +1,9 @@
 #include <gtest/gtest.h>
-#include <support/Expect.h>
 
-#include <ToviFoundationKit/Foundation/NSArchiver.h>
-#include <ToviFoundationKit/Foundation/NSKeyedArchiver.h>
-#include <ToviFoundationKit/Foundation/NSKeyedUnarchiver.h>
-#include <ToviFoundationKit/Foundation/NSUnarchiver.h>
-#include <ToviFoundationKit/nodes/QVLHashNode.h>
-#include <ToviFoundationKit/Runtime/Message.h>
-#include <ToviFoundationKit/Runtime/NSNumber.h>
+#include <ToviFoundationKit/ToviFoundationKit.h>
+
+#include <support/ArchivedPerson.h>
+#include <support/Expect.h>
 
 using namespace tovi;
 
@@ -133,10 +129,8 @@ TEST(QVLHashNode, DescribesItsChildrenWithinItsLines) {
 
 TEST(QVLHashNode, ComesBackFromArchives) {
     const Sample tree;
-    const id keyed = NSKeyedUnarchiver::unarchiveObjectWithData(NSKeyedArchiver::archivedDataWithRootObject(tree.b));
-    const id unkeyed = NSUnarchiver::unarchiveObjectWithData(NSArchiver::archivedDataWithRootObject(tree.b));
-    for (const id& object : {keyed, unkeyed}) {
-        const auto back = to<QVLHashNode>(object);
+    for (const ArchiveForm& form : archiveForms) {
+        const auto back = to<QVLHashNode>(form.unarchive(form.archive(tree.b), nullptr));
         EXPECT_EQ(back->rootNode(), tree.root);
         EXPECT_TRUE(identical(back->nodeParent()->childForKey(u"x"_ns), &*back));
         EXPECT_FALSE(back->children());

@@ -1,10 +1,8 @@
 #include <gtest/gtest.h>
-#include <support/Expect.h>
 
-#include <ToviFoundationKit/Foundation/NSKeyedArchiver.h>
-#include <ToviFoundationKit/Foundation/NSKeyedUnarchiver.h>
-#include <ToviFoundationKit/nodes/QVLNode2.h>
-#include <ToviFoundationKit/Runtime/NSNumber.h>
+#include <ToviFoundationKit/ToviFoundationKit.h>
+
+#include <support/Expect.h>
 
 using namespace tovi;
 

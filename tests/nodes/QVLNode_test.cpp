@@ -1,15 +1,9 @@
 #include <gtest/gtest.h>
-#include <support/Expect.h>
 
-#include <ToviFoundationKit/Foundation/NSArchiver.h>
-#include <ToviFoundationKit/Foundation/NSKeyedArchiver.h>
-#include <ToviFoundationKit/Foundation/NSKeyedUnarchiver.h>
-#include <ToviFoundationKit/Foundation/NSUnarchiver.h>
-#include <ToviFoundationKit/nodes/QVLNode.h>
-#include <ToviFoundationKit/nodes/QVLNode2.h>
-#include <ToviFoundationKit/Runtime/Additions.h>
-#include <ToviFoundationKit/Runtime/Message.h>
-#include <ToviFoundationKit/Runtime/NSNumber.h>
+#include <ToviFoundationKit/ToviFoundationKit.h>
+
+#include <support/ArchivedPerson.h>
+#include <support/Expect.h>
 
 using namespace tovi;
 
@@ -340,34 +334,26 @@ TEST(QVLNode, IsCopiedWithAllBelowIt) {
 }
 
 TEST(QVLNode, BecomesADictionaryAndComesBack) {
-    EXPECT_EQ(grown(u"a")->QVLNodeToDictionary(), NSDictionary::of({{u"data", u"a"}}));
+    const auto leaf = [](std::u16string_view data) { return NSDictionary::of({{u"data", data}}); };
+    EXPECT_EQ(grown(u"a")->QVLNodeToDictionary(), leaf(u"a"));
     EXPECT_EQ(QVLNode::init()->QVLNodeToDictionary(), NSDictionary::dictionary());
     const Tree tree(grown(u"r(a(b)c)"));
     const auto form = tree->QVLNodeToDictionary();
-    EXPECT_EQ(form,
-              NSDictionary::of(
-                  {{u"data", u"r"},
-                   {u"childrens",
-                    NSDictionary::of(
-                        {{0U, NSDictionary::of(
-                                  {{u"data", u"a"},
-                                   {u"childrens", NSDictionary::of({{0U, NSDictionary::of({{u"data", u"b"}})}})}})},
-                         {1U, NSDictionary::of({{u"data", u"c"}})}})}}));
+    const auto a = NSDictionary::of({{u"data", u"a"}, {u"childrens", NSDictionary::of({{0U, leaf(u"b")}})}});
+    EXPECT_EQ(form, NSDictionary::of({{u"data", u"r"}, {u"childrens", NSDictionary::of({{0U, a}, {1U, leaf(u"c")}})}}));
     EXPECT_TRUE(identical(form->objectForKey(u"data"_ns), tree->nodeData()));
     const Tree back(QVLNode::QVLNodeFromDictionary(form));
     EXPECT_EQ(*back, *tree);
     EXPECT_EQ(child(back, 0)->numberOfParents(), 1U);
 
-    const auto leaf = NSDictionary::of({{u"data", u"x"}});
-    const Tree gap(
-        QVLNode::QVLNodeFromDictionary(NSDictionary::of({{u"childrens", NSDictionary::of({{0, leaf}, {2, leaf}})}})));
+    const auto read = [](std::u16string_view key, const NSObject& value) {
+        return QVLNode::QVLNodeFromDictionary(NSDictionary::of({{key, value}}));
+    };
+    const Tree gap(read(u"childrens", NSDictionary::of({{0, leaf(u"x")}, {2, leaf(u"x")}})));
     EXPECT_EQ(written(gap), "-(x-)");
-    EXPECT_RAISES(QVLNode::QVLNodeFromDictionary(NSDictionary::of({{u"childrens", 5}})), NSInvalidArgumentException,
-                  "NSDictionary");
-    EXPECT_RAISES(QVLNode::QVLNodeFromDictionary(NSDictionary::of({{u"childrens", NSDictionary::of({{0, u"x"}})}})),
-                  NSInvalidArgumentException, "NSDictionary");
-    EXPECT_RAISES(QVLNode::QVLNodeFromDictionary(NSDictionary::of({{u"data", 5}})), NSInvalidArgumentException,
-                  "mutableCopy");
+    for (const Ref<NSObject>& wrong : {Ref<NSObject>(box(5)), Ref<NSObject>(NSDictionary::of({{0, u"x"}}))})
+        EXPECT_RAISES(read(u"childrens", wrong), NSInvalidArgumentException, "NSDictionary");
+    EXPECT_RAISES(read(u"data", box(5)), NSInvalidArgumentException, "mutableCopy");
 }
 
 TEST(QVLNode, DescribesItselfWithAddressesOf32Bits) {
@@ -390,8 +376,7 @@ TEST(QVLNode, SortsByDataByAKeyAndByItsOwnComparison) {
     EXPECT_EQ(written(tree), "r(abc(xyz))");
 
     const Tree ranks(node(u"r"));
-    for (const auto& [data, rank] :
-         std::initializer_list<std::pair<const char16_t*, int>>{{u"a", 2}, {u"b", 1}, {u"c", 2}, {u"d", 3}})
+    for (const auto& [data, rank] : {std::pair(u"a", 2), {u"b", 1}, {u"c", 2}, {u"d", 3}})
         ranks->appendChild(Ranked::make(data, rank));
     ranks->sortChildrenWithSelector("rank"_sel);
     EXPECT_EQ(written(ranks), "r(bacd)");
@@ -482,21 +467,17 @@ TEST(QVLNode, CoversAsTheStepsSayForRandomTrees) {
 TEST(QVLNode, ComesBackFromArchivesWithItsWholeTree) {
     const Tree tree(grown(u"r(a(bc)d)"));
     const Ref<QVLNode> inner = child(tree, 0);
-    const Tree keyed(
-        to<QVLNode>(NSKeyedUnarchiver::unarchiveObjectWithData(NSKeyedArchiver::archivedDataWithRootObject(inner))));
-    const Tree unkeyed(
-        to<QVLNode>(NSUnarchiver::unarchiveObjectWithData(NSArchiver::archivedDataWithRootObject(inner))));
-    for (const QVLNode* back : {&*(*keyed), &*(*unkeyed)}) {
+    const auto again = [](const QVLNode& each, const ArchiveForm& form = archiveForms[0]) {
+        return to<QVLNode>(form.unarchive(form.archive(each), nullptr));
+    };
+    for (const ArchiveForm& form : archiveForms) {
+        const Tree back(again(inner, form));
         EXPECT_EQ(*back, *inner);
         EXPECT_EQ(*back->nodeParent(), *(*tree));
-        EXPECT_TRUE(identical(child(*back->nodeParent(), 0).get(), back));
-        EXPECT_TRUE(identical(child(*back, 1)->nodeParent(), back));
-        child(*back, 0)->appendChildWithData(u"new"_ns);
+        EXPECT_TRUE(identical(child(*back->nodeParent(), 0).get(), &*(*back)));
+        EXPECT_TRUE(identical(child(back, 1)->nodeParent(), &*(*back)));
+        child(back, 0)->appendChildWithData(u"new"_ns);
     }
-    const auto again = [](const QVLNode& each) {
-        return to<QVLNode>(
-            NSKeyedUnarchiver::unarchiveObjectWithData(NSKeyedArchiver::archivedDataWithRootObject(each)));
-    };
     EXPECT_RAISES(again(QVLNode::treeNodeWithData(u"t"_ns))->appendChild(node(u"a")), NSInvalidArgumentException,
                   "unrecognized selector");
     EXPECT_FALSE(again(QVLNode::initWithData_parent_children(nullptr, nullptr, nullptr))->children());
