@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -21,50 +22,24 @@ constexpr NSUInteger longestArgument = 32, longestConversion = 4095 + 400;
 void formatAnything(Input input) {
     const Ref<NSString> text = NSString::stringWithCharacters(u"t\u00E9xt\U0001F600");
     const Ref<NSNumber> number = NSNumber::numberWithInteger(input.value<NSInteger>());
+    const std::function<FormatArgument()> kinds[] = {
+        [&] { return input.value<std::int64_t>(); },
+        [&] { return input.value<std::uint64_t>(); },
+        [&] { return input.value<signed char>(); },
+        [&] { return input.value<std::uint16_t>(); },
+        [&] { return input.value<double>(); },
+        [&] { return FormatArgument(text); },
+        [&] { return FormatArgument(number); },
+        [&] { return "12.5e\xFF\xC3"; },
+        [&] { return u"-99\xD83D"; },
+        [&] { return input.value<char16_t>(); },
+        [&] { return static_cast<char32_t>(input.value<std::uint32_t>()); },
+        [&] { return nullptr; },
+        [&] { return static_cast<const void*>(input.data); },
+    };
     std::vector<FormatArgument> arguments;
-    for (int count = input.byte() % 8; count; --count) {
-        switch (input.byte() % 13) {
-            case 0:
-                arguments.emplace_back(input.value<std::int64_t>());
-                break;
-            case 1:
-                arguments.emplace_back(input.value<std::uint64_t>());
-                break;
-            case 2:
-                arguments.emplace_back(input.value<signed char>());
-                break;
-            case 3:
-                arguments.emplace_back(input.value<std::uint16_t>());
-                break;
-            case 4:
-                arguments.emplace_back(input.value<double>());
-                break;
-            case 5:
-                arguments.emplace_back(text);
-                break;
-            case 6:
-                arguments.emplace_back(number);
-                break;
-            case 7:
-                arguments.emplace_back("12.5e\xFF\xC3");
-                break;
-            case 8:
-                arguments.emplace_back(u"-99\xD83D");
-                break;
-            case 9:
-                arguments.emplace_back(input.value<char16_t>());
-                break;
-            case 10:
-                arguments.emplace_back(static_cast<char32_t>(input.value<std::uint32_t>()));
-                break;
-            case 11:
-                arguments.emplace_back(nullptr);
-                break;
-            default:
-                arguments.emplace_back(static_cast<const void*>(input.data));
-                break;
-        }
-    }
+    for (int count = input.byte() % 8; count; --count)
+        arguments.push_back(kinds[input.byte() % std::size(kinds)]());
     constexpr std::u16string_view alphabet = u"%%%%%$*.0123456789-+ #'hlqjztLdiDuUxXoOcCsSpaAeEfFgG@n\xD83D";
     std::u16string format;
     while (input.size)
