@@ -40,10 +40,7 @@ std::string constant(double seconds) {
 
 TEST_F(RelativeDatesInPredicates, AreTheBoundsOfDays) {
     const double start = today, end = today + 86399, day = 86400;
-    const struct {
-        std::u16string_view format;
-        std::string written;
-    } rows[] = {
+    const std::pair<std::u16string_view, std::string> rows[] = {
         {u"a == 1", "a == 1"},
         {u"d >= $0_start AND d <= $0_end", "d >= " + constant(start) + " AND d <= " + constant(end)},
         {u"d <= $0_end AND d >= $0_start", "d <= " + constant(end) + " AND d >= " + constant(start)},
@@ -61,8 +58,8 @@ TEST_F(RelativeDatesInPredicates, AreTheBoundsOfDays) {
          "d > " + constant(end + 5 * day) + " AND e == $x AND d < " + constant(end + 5 * day)},
         {u"d > $5_end AND e == $x AND d < $6_end", "d > " + constant(end + 5 * day) + " AND e == " + constant(end)},
     };
-    for (const auto& row : rows)
-        EXPECT_EQ(rewritten(row.format), row.written);
+    for (const auto& [format, written] : rows)
+        EXPECT_EQ(rewritten(format), written);
     const auto predicate = predicateWithFormatByReplacingRelativeDatePatternsWithRealDates(
         u"date BETWEEN {$0_start, $0_end} AND sender == %@ AND %d == 2", u"Ann", 2);
     EXPECT_TRUE(predicate->evaluateWithObject(*Letter::make(u"Ann", 1, start)));

@@ -88,9 +88,7 @@ TEST(MIMEEncoding, NamesAndNumbers) {
 }
 
 TEST(MIMEEncoding, TheRecommendedOneIsTheFirstThatTakesTheText) {
-    const struct {
-        std::u16string_view text, name;
-    } rows[] = {
+    const std::pair<std::u16string_view, std::u16string_view> rows[] = {
         {u"", u"us-ascii"},
         {u"abc\0"sv, u"us-ascii"},
         {u"\u00E9", u"iso-8859-1"},
@@ -113,17 +111,14 @@ TEST(MIMEEncoding, TheRecommendedOneIsTheFirstThatTakesTheText) {
         {u"\u4E2D\u6587\u65E5", u"utf-16"},
         {u"\xD800", u"utf-16"},
     };
-    for (const auto& row : rows) {
-        EXPECT_EQ(*recommendedMIMEEncoding(text(row.text)), row.name) << text(row.text)->UTF8String();
-        const auto encoding = stringEncodingForMIMEEncoding(text(row.name).get());
-        EXPECT_TRUE(text(row.text)->canBeConvertedToEncoding(encoding));
+    for (const auto& [units, name] : rows) {
+        EXPECT_EQ(*recommendedMIMEEncoding(text(units)), name) << text(units)->UTF8String();
+        EXPECT_TRUE(text(units)->canBeConvertedToEncoding(stringEncodingForMIMEEncoding(text(name).get())));
     }
 }
 
 TEST(QuotedPrintable, FollowsItsLenientSteps) {
-    const struct {
-        std::u16string_view text, decoded;
-    } rows[] = {
+    const std::pair<std::u16string_view, std::u16string_view> rows[] = {
         {u"caf=C3=A9", u"caf\u00E9"},
         {u"caf=c3=a9_au_lait", u"caf\u00E9 au lait"},
         {u"a=\nb", u"ab"},
@@ -142,16 +137,16 @@ TEST(QuotedPrintable, FollowsItsLenientSteps) {
         {u"=FF \u0130", u""},
         {u"a long text without any escape, but\0with NUL", u"a long text without any escape, but\0with NUL"},
     };
-    for (const auto& row : rows) {
-        const auto decoded = decodeQuotedPrintableString(text(row.text));
-        EXPECT_TRUE(decoded && *decoded == row.decoded) << text(row.text)->UTF8String();
+    for (const auto& [units, expected] : rows) {
+        const auto decoded = decodeQuotedPrintableString(text(units));
+        EXPECT_TRUE(decoded && *decoded == expected) << text(units)->UTF8String();
         // The same behind and before what is read in bulk.
         const auto padded =
-            decodeQuotedPrintableString(text(std::u16string(37, u'-').append(row.text) + u"----------------"));
+            decodeQuotedPrintableString(text(std::u16string(37, u'-').append(units) + u"----------------"));
         if (decoded->length() == 0) {
             EXPECT_EQ(*padded, u"");
-        } else if (row.text.back() != u'=' && row.text != u"x=4") {
-            EXPECT_EQ(*padded, std::u16string(37, u'-').append(row.decoded) + u"----------------");
+        } else if (units.back() != u'=' && units != u"x=4") {
+            EXPECT_EQ(*padded, std::u16string(37, u'-').append(expected) + u"----------------");
         }
     }
     EXPECT_FALSE(decodeQuotedPrintableString(text(u"=FF")));

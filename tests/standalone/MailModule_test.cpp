@@ -2,20 +2,15 @@
 
 #include <ToviFoundationKit/ToviFoundationKit.h>
 
+#include <support/Expect.h>
+
 // A program that is not linked with ToviFoundationKitMail. Each test has the process to itself.
 
 using namespace tovi;
 
 TEST(MailModule, WithoutItTheConverterIsUnknown) {
-    for (const auto convert : {&qvlHtmlStringFromMimeEnrichedString, &qvlHtmlStringFromMimeRichTextString}) {
-        try {
-            convert(u"text"_ns);
-            FAIL() << "converted";
-        } catch (const NSException& exception) {
-            EXPECT_EQ(exception.name(), NSInvalidArgumentException);
-            EXPECT_TRUE(exception.reason()->hasPrefix(u"+[NSString htmlStringFromMime"_ns)) << exception.what();
-        }
-    }
+    for (const auto convert : {&qvlHtmlStringFromMimeEnrichedString, &qvlHtmlStringFromMimeRichTextString})
+        EXPECT_RAISES(convert(u"text"_ns), NSInvalidArgumentException, "+[NSString htmlStringFromMime");
 }
 
 TEST(MailModule, IsFoundByItsIdentifierAndLoaded) {

@@ -13,13 +13,7 @@ using namespace tovi;
 namespace {
 
 Ref<NSDate> gmt(NSInteger year, NSInteger month, NSInteger day, NSInteger hour = 0, NSInteger minute = 0) {
-    const auto parts = NSDateComponents::init();
-    parts->setYear(year);
-    parts->setMonth(month);
-    parts->setDay(day);
-    parts->setHour(hour);
-    parts->setMinute(minute);
-    return gregorianGMT()->dateFromComponents(parts).ref();
+    return dateIn(gregorianGMT(), year, month, day, hour, minute);
 }
 
 struct Shared {

@@ -1,7 +1,6 @@
 #pragma once
 
-#include <ToviFoundationKit/Foundation/NSLocale.h>
-#include <ToviFoundationKit/Foundation/NSTimeZone.h>
+#include <ToviFoundationKit/ToviFoundationKit.h>
 
 /// Another default zone for as long as it lives.
 class ScopedTimeZone {
@@ -26,3 +25,14 @@ public:
     ScopedLocale(const ScopedLocale&) = delete;
     ScopedLocale& operator=(const ScopedLocale&) = delete;
 };
+
+inline tovi::Ref<tovi::NSDate> dateIn(const tovi::NSCalendar& calendar, tovi::NSInteger year, tovi::NSInteger month,
+                                      tovi::NSInteger day, tovi::NSInteger hour, tovi::NSInteger minute) {
+    const auto parts = tovi::NSDateComponents::init();
+    parts->setYear(year);
+    parts->setMonth(month);
+    parts->setDay(day);
+    parts->setHour(hour);
+    parts->setMinute(minute);
+    return calendar.dateFromComponents(parts).ref();
+}

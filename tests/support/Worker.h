@@ -93,10 +93,6 @@ public:
         const std::lock_guard guard(mutex_);
         return thread_;
     }
-    void clear() {
-        const std::lock_guard guard(mutex_);
-        lines_.clear();
-    }
 
 private:
     static std::string text(tovi::NSObject* object) { return object ? object->description()->UTF8String() : "nil"; }
