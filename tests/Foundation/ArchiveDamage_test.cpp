@@ -65,10 +65,7 @@ Ref<NSObject> sample() {
 }  // namespace
 
 TEST(ArchiveDamage, TellsWhatIsWrongAndWhere) {
-    const struct {
-        Ref<NSData> data;
-        const char* text;
-    } cases[] = {
+    const std::pair<Ref<NSData>, const char*> cases[] = {
         {NSData::data(), "byte 0: the archive is cut off"},
         {NSData::dataWithBytes_length("bplist00", 8), "byte 0: this is no archive"},
         {Bytes({}, 1, 'u').number(1).record('0'), "byte 9: an unkeyed archive, which NSUnarchiver reads"},

@@ -220,10 +220,7 @@ TEST_P(InBothForms, MillionsOfObjectsNeedNoStack) {
 
 TEST(NSCoder, RefusesObjectsThatCouldNotBeReadAgain) {
     const auto error = NSError::errorWithDomain_code_userInfo(u"D"_ns, 1, nullptr);
-    const struct {
-        Ref<NSObject> object;
-        const char* text;
-    } cases[] = {
+    const std::pair<Ref<NSObject>, const char*> cases[] = {
         {error, "NSError cannot be archived: it does not respond to encodeWithCoder:"},
         {WithoutInit::object(), "WithoutInit cannot be archived: it does not respond to initWithCoder:"},
         {adopt(*new NotMadeFromNothing(1)), "NotMadeFromNothing cannot be archived: the class has no constructor"},

@@ -16,10 +16,7 @@ const double notANumber = std::numeric_limits<double>::quiet_NaN();
 }  // namespace
 
 TEST(NSDate, IsDescribedInGMTAndFarDatesInSeconds) {
-    const struct {
-        double seconds;
-        std::u16string_view text;
-    } rows[] = {
+    const std::pair<double, std::u16string_view> rows[] = {
         {0, u"2001-01-01 00:00:00 +0000"},
         {-0.25, u"2000-12-31 23:59:59 +0000"},
         {817074000.5, u"2026-11-22 21:00:00 +0000"},
@@ -31,8 +28,8 @@ TEST(NSDate, IsDescribedInGMTAndFarDatesInSeconds) {
         {5e20, u"5e+20 seconds since 2001-01-01 00:00:00 +0000"},
         {-infinity, u"-inf seconds since 2001-01-01 00:00:00 +0000"},
     };
-    for (const auto& row : rows)
-        EXPECT_EQ(*at(row.seconds)->description(), row.text);
+    for (const auto& [seconds, text] : rows)
+        EXPECT_EQ(*at(seconds)->description(), text);
     EXPECT_EQ(*NSDate::distantFuture()->description(), u"4001-01-01 00:00:00 +0000");
 }
 

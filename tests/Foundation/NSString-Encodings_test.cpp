@@ -230,14 +230,12 @@ TEST(NSStringEncodings, LossTakesTheNearestCharacters) {
 }
 
 TEST(NSStringEncodings, TheSmallestCountsTheBytes) {
-    const struct {
-        std::u16string_view text;
-        NSUInteger encoding;
-    } smallest[] = {{u"", 1},           {u"abc\x7F", 1},      {u"\x80\u00FF", 5},
-                    {u"abc \u20AC", 4}, {u"\u0416\u0416", 4}, {u"\u4E2D\u6587\u65E5", 10},
-                    {u"\U0001F600", 4}, {u"\xD800", 10}};
-    for (const auto& row : smallest)
-        EXPECT_EQ(text(row.text)->smallestEncoding(), row.encoding) << text(row.text)->UTF8String();
+    const std::pair<std::u16string_view, NSUInteger> smallest[] = {
+        {u"", 1},           {u"abc\x7F", 1},      {u"\x80\u00FF", 5},
+        {u"abc \u20AC", 4}, {u"\u0416\u0416", 4}, {u"\u4E2D\u6587\u65E5", 10},
+        {u"\U0001F600", 4}, {u"\xD800", 10}};
+    for (const auto& [units, encoding] : smallest)
+        EXPECT_EQ(text(units)->smallestEncoding(), encoding) << text(units)->UTF8String();
 }
 
 TEST(NSStringEncodings, AnswerMessages) {

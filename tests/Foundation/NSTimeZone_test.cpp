@@ -72,22 +72,19 @@ TEST(NSTimeZone, IsFoundByItsNameOrItsDistanceFromGMT) {
 TEST(NSTimeZone, TakesTheMachinesZoneFromTheVariableAndAsksOnce) {
     const char* const variable = std::getenv("TZ");
     const std::optional<std::string> before = variable ? std::optional<std::string>(variable) : std::nullopt;
-    const struct {
-        const char* variable;
-        std::u16string_view name;
-    } rows[] = {
+    const std::pair<const char*, std::u16string_view> rows[] = {
         {"Europe/Berlin", u"Europe/Berlin"},
         {":America/New_York", u"America/New_York"},
         {"/usr/share/zoneinfo/posix/Asia/Tokyo", u"Asia/Tokyo"},
         {"", u"GMT"},
     };
-    for (const auto& row : rows) {
-        setenv("TZ", row.variable, 1);
+    for (const auto& [value, name] : rows) {
+        setenv("TZ", value, 1);
         NSTimeZone::resetSystemTimeZone();
-        EXPECT_EQ(*NSTimeZone::systemTimeZone()->name(), row.name);
-        EXPECT_EQ(*NSTimeZone::defaultTimeZone()->name(), row.name);
+        EXPECT_EQ(*NSTimeZone::systemTimeZone()->name(), name);
+        EXPECT_EQ(*NSTimeZone::defaultTimeZone()->name(), name);
         setenv("TZ", "Pacific/Apia", 1);
-        EXPECT_EQ(*NSTimeZone::systemTimeZone()->name(), row.name);
+        EXPECT_EQ(*NSTimeZone::systemTimeZone()->name(), name);
     }
     setenv("TZ", "No/Such", 1);
     NSTimeZone::resetSystemTimeZone();

@@ -270,12 +270,9 @@ TEST(QVLNode, FindsItsWayByEquality) {
 TEST(QVLNode, ClimbsToItsAncestors) {
     const Tree tree(grown(u"r(a(b(c)))"));
     const auto a = child(tree, 0), b = child(a, 0), c = child(b, 0);
-    struct {
-        NSInteger levels;
-        const char16_t* expected;
-    } rows[] = {{-1, u"c"}, {0, u"b"}, {1, u"a"}, {2, u"r"}, {99, u"r"}};
-    for (const auto& row : rows)
-        EXPECT_EQ(c->rootNodeAtIndex(row.levels)->nodeData(), NSString::stringWithCharacters(row.expected));
+    const std::pair<NSInteger, std::u16string_view> rows[] = {{-1, u"c"}, {0, u"b"}, {1, u"a"}, {2, u"r"}, {99, u"r"}};
+    for (const auto& [levels, expected] : rows)
+        EXPECT_EQ(c->rootNodeAtIndex(levels)->nodeData(), box(expected));
     EXPECT_TRUE(identical(c->rootNode().get(), &*(*tree)));
     EXPECT_EQ(c->numberOfParents(), 3U);
     EXPECT_EQ(tree->numberOfParents(), 0U);
@@ -419,15 +416,13 @@ TEST(QVLNode, ReducesNodesToAMinimumCoverInTheOrderGiven) {
             text += each.nodeData()->description()->UTF8String();
         return text;
     };
-    struct {
-        Ref<NSArray> nodes;
-        const char* expected;
-    } rows[] = {{NSArray::array(), ""},           {NSArray::of(b, a), "a"},          {NSArray::of(a, b), "a"},
-                {NSArray::of(c, a), "ca"},        {NSArray::of(a, c), "a"},          {NSArray::of(d, c, b, a), "a"},
-                {NSArray::of(d, b, c), "b"},      {NSArray::of(d, d, f, d), "df"},   {NSArray::of(e, f, r), "er"},
-                {NSArray::of(d, a, f, c), "caf"}, {NSArray::of(d, a, e, b, r), "dr"}};
-    for (const auto& row : rows)
-        EXPECT_EQ(cover(row.nodes), row.expected) << row.nodes;
+    const std::pair<Ref<NSArray>, const char*> rows[] = {
+        {NSArray::array(), ""},           {NSArray::of(b, a), "a"},          {NSArray::of(a, b), "a"},
+        {NSArray::of(c, a), "ca"},        {NSArray::of(a, c), "a"},          {NSArray::of(d, c, b, a), "a"},
+        {NSArray::of(d, b, c), "b"},      {NSArray::of(d, d, f, d), "df"},   {NSArray::of(e, f, r), "er"},
+        {NSArray::of(d, a, f, c), "caf"}, {NSArray::of(d, a, e, b, r), "dr"}};
+    for (const auto& [nodes, expected] : rows)
+        EXPECT_EQ(cover(nodes), expected) << nodes;
 }
 
 TEST(QVLNode, CoversAsTheStepsSayForRandomTrees) {
