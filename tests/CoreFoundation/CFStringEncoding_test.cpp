@@ -7,9 +7,7 @@ using namespace std::string_view_literals;
 
 namespace {
 
-CFStringEncoding named(std::u16string_view name) {
-    return CFStringConvertIANACharSetNameToEncoding(NSString::stringWithCharacters(name));
-}
+CFStringEncoding named(std::u16string_view name) { return CFStringConvertIANACharSetNameToEncoding(box(name)); }
 
 }  // namespace
 
@@ -47,7 +45,7 @@ TEST(CFStringEncoding, NamesAreFoundByAnyOfTheirSpellings) {
         {u"utf-8\u00E9", kCFStringEncodingInvalidId},
     };
     for (const auto& [name, encoding] : rows)
-        EXPECT_EQ(named(name), encoding) << NSString::stringWithCharacters(name)->UTF8String();
+        EXPECT_EQ(named(name), encoding) << box(name)->UTF8String();
     EXPECT_EQ(named(std::u16string(1 << 20, u'x')), kCFStringEncodingInvalidId);
 }
 

@@ -12,8 +12,7 @@ struct Case {
 
 void expectDecoded(std::initializer_list<Case> cases) {
     for (const auto& [text, decoded] : cases)
-        EXPECT_EQ(stringByDecodingXMLEntities(NSString::stringWithCharacters(text)), decoded)
-            << NSString::stringWithCharacters(text);
+        EXPECT_EQ(stringByDecodingXMLEntities(box(text)), decoded) << box(text);
 }
 
 }  // namespace
@@ -64,7 +63,7 @@ TEST(XMLEntities, encodesTheFive) {
     for (std::size_t distance = 1; distance < 70; ++distance) {
         const std::u16string run(distance, u'ÿ');
         const std::u16string text = run + u'<' + run + u"&\"" + run;
-        const auto encoded = stringByEncodingXMLEntities(NSString::stringWithCharacters(text));
+        const auto encoded = stringByEncodingXMLEntities(box(text));
         EXPECT_EQ(encoded, run + u"&lt;" + run + u"&amp;&quot;" + run);
         EXPECT_EQ(stringByDecodingXMLEntities(encoded), text);
     }

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <support/Dissolve.h>
-#include <support/Expect.h>
 
 using namespace tovi;
 

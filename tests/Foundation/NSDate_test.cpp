@@ -2,8 +2,6 @@
 
 #include <ToviFoundationKit/ToviFoundationKit.h>
 
-#include <cmath>
-
 using namespace tovi;
 using namespace std::chrono_literals;
 
@@ -34,8 +32,6 @@ TEST(NSDate, IsDescribedInGMTAndFarDatesInSeconds) {
 }
 
 TEST(NSDate, ComparesNaNBeforeEverythingElse) {
-    EXPECT_EQ(at(1)->compare(at(2)), NSOrderedAscending);
-    EXPECT_EQ(at(2)->compare(at(1)), NSOrderedDescending);
     EXPECT_EQ(at(notANumber)->compare(at(-infinity)), NSOrderedAscending);
     EXPECT_EQ(at(-infinity)->compare(at(notANumber)), NSOrderedDescending);
     EXPECT_EQ(at(notANumber), at(-notANumber));

@@ -8,9 +8,7 @@ using namespace tovi;
 
 namespace {
 
-Ref<NSScanner> over(std::u16string_view text) {
-    return NSScanner::scannerWithString(NSString::stringWithCharacters(text));
-}
+Ref<NSScanner> over(std::u16string_view text) { return NSScanner::scannerWithString(box(text)); }
 
 }  // namespace
 

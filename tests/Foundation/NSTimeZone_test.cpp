@@ -6,7 +6,6 @@
 #include <thread>
 
 #include <support/ArchivedPerson.h>
-#include <support/Expect.h>
 #include <support/Icu.h>
 #include <support/Place.h>
 

@@ -2,8 +2,6 @@
 
 #include <ToviFoundationKit/ToviFoundationKit.h>
 
-#include <support/Expect.h>
-
 using namespace tovi;
 
 namespace {

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <atomic>
 #include <semaphore>
 #include <string>
 #include <vector>
