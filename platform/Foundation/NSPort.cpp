@@ -56,6 +56,14 @@ bool NSPort::isServedHere() const {
     return std::ranges::any_of(schedules_, [](const Schedule& each) { return each.runLoop->belongsHere(); });
 }
 
+namespace {
+
+/// Senders are woken up when half of the queue is free, but the operation that the server performs until then may
+/// itself wait for one of them; so they look for room by themselves, too.
+constexpr NSTimeInterval secondsBetweenLooks = 0.01;
+
+}  // namespace
+
 // Time is asked for each time round, since the clock may be another one or be set meanwhile.
 bool NSPort::waitForRoom(std::unique_lock<std::mutex>& guard, const NSDate& date) {
     while (valid_ && count_ >= capacity_ && !isServedHere()) {
@@ -64,7 +72,7 @@ bool NSPort::waitForRoom(std::unique_lock<std::mutex>& guard, const NSDate& date
             return false;
         ++waiting_;
         if (count_ >= capacity_)
-            room_.wait_for(guard, std::chrono::duration<double>(std::min(seconds, 1e6)));
+            room_.wait_for(guard, std::chrono::duration<double>(std::min(seconds, secondsBetweenLooks)));
         --waiting_;
     }
     return valid_;

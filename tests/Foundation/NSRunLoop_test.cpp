@@ -405,6 +405,31 @@ TEST(NSPort, DoesNotKeepTheThreadWaitingThatServesIt) {
     });
 }
 
+TEST(NSPort, MayBeServedBySomeoneWhoWaitsForTheOneThatWaitsForRoom) {
+    struct AskedClock final : Clock {
+        NSTimeInterval now() const noexcept override { return asked = true, 0; }
+        mutable std::atomic<bool> asked = false;
+    } clock;
+    onFreshThread([&](NSRunLoop& loop) {
+        const auto mailbox = Mailbox::mailbox();
+        const auto port = NSPort::portWithCapacity(4);
+        port->setDelegate(mailbox.get());
+        loop.addPort_forMode(port, NSDefaultRunLoopMode);
+        for (int i = 0; i < 4; ++i)
+            EXPECT_TRUE(message(port, u"a")->sendBeforeDate(past()));
+        const ScopedClock scope(clock);
+        std::thread sender([&] { EXPECT_TRUE(message(port, u"b")->sendBeforeDate(NSDate::distantFuture())); });
+        while (!clock.asked)
+            std::this_thread::yield();
+        mailbox->then = [&] {
+            if (sender.joinable())
+                sender.join();
+        };
+        EXPECT_EQ(loop.runReady(1), 1U);
+        EXPECT_EQ(port->numberOfMessages(), 4U) << "there was room for it as soon as one was taken";
+    });
+}
+
 TEST(NSRunLoopDescriptor, IsReadableWhileThereIsSomethingToDo) {
     onFreshThread([](NSRunLoop& loop) {
         loop.performBlock([] {});
