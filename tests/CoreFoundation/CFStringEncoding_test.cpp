@@ -22,6 +22,7 @@ TEST(CFStringEncoding, NamesAreFoundByAnyOfTheirSpellings) {
         {u"iso-8859-8-i", 0x0208},
         {u"Latin10", 0x0210},
         {u"UTF8", 0x08000100},
+        {u"utf-16", 0x0100},
         {u"UTF-16LE", 0x14000100},
         {u"windows-1252", 0x0500},
         {u"CP1252", 0x0500},

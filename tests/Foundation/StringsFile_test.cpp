@@ -66,6 +66,7 @@ TEST(StringsFile, NamesThePlaceOfAFault) {
         {"\"a\\", "line 1, column 3: unknown escape sequence"},
         {"a = \"\\q\";", "line 1, column 6: unknown escape sequence"},
         {"a = \"\\U12G4\";", "line 1, column 6: four hexadecimal digits expected after \\U"},
+        {"a = \"\\u123", "line 1, column 6: four hexadecimal digits expected after \\U"},
         {"x = y; /*/", "line 1, column 8: the comment has no end"},
         {"\xEF\xBF\xBD\xC3\xA4 \xF0\x9F\x98\x80\n\xE2\x82\xAC\xC3",
          "line 2, column 2: not UTF-8, and not marked as UTF-16"},

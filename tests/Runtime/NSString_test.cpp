@@ -67,8 +67,9 @@ TEST(NSString, RaisesRangeErrorsInThePlatformsWords) {
                   "*** -[NSString substringToIndex:]: Index 18446744073709551615 out of bounds; string length 4");
     EXPECT_RAISES(four->substringWithRange({5, 3}), NSRangeException,
                   "*** -[NSString substringWithRange:]: Range {5, 3} out of bounds; string length 4");
-    EXPECT_RAISES(four->substringWithRange({1, huge}), NSRangeException,
-                  "Range {1, 18446744073709551615} out of bounds; string length 4");
+    EXPECT_RAISES(
+        four->substringWithRange({1, huge}), NSRangeException,
+        "*** -[NSString substringWithRange:]: Range {1, 18446744073709551615} out of bounds; string length 4");
     EXPECT_RAISES(four->rangeOfString_options_range(four, NSLiteralSearch, {2, 3}), NSRangeException,
                   "*** -[NSString rangeOfString:options:range:]: Range {2, 3} out of bounds; string length 4");
     EXPECT_RAISES(changing->insertString_atIndex(four, 5), NSRangeException,
