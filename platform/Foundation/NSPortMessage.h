@@ -16,7 +16,7 @@ public:
     /// A message to the first port; an answer, if there is one, goes to the second.
     static Ref<NSPortMessage> initWithSendPort_receivePort_components(NSPort* sendPort, NSPort* receivePort,
                                                                       const NSArray* components);
-    /// A message with one component: the eight bytes of an address in this process, in the machine's order.
+    /// A message with one component: the eight bytes of an address, not null, in the machine's order.
     static Ref<NSPortMessage> initWithSendPort_receivePort_address(RefPtr<NSPort> sendPort, NSPort* receivePort,
                                                                    const void* address);
 
